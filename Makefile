@@ -1,0 +1,48 @@
+# The two commands of the quick start, and a few helpers around CMake.
+#   make demo    set up, build, install into build/stage, run the examples
+#   make test    set up, then the whole suite: plain, and under ASan + UBSan
+#   make bench   set up, build with optimisation, run every benchmark
+#   make install PREFIX=/some/where
+
+PREFIX ?= /usr/local
+JOBS   ?= $(shell nproc 2>/dev/null || echo 2)
+CMAKE  ?= cmake
+STAGE  := $(CURDIR)/build/stage
+
+.PHONY: all setup build demo test test-plain test-asan bench install clean
+
+all: build
+
+setup:
+	@scripts/setup-debian.sh
+
+build: setup
+	@$(CMAKE) -S . -B build/release -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARNWICK_TESTS=OFF >/dev/null
+	@$(CMAKE) --build build/release -j $(JOBS)
+
+install: build
+	$(CMAKE) --install build/release --prefix $(PREFIX)
+
+demo: build
+	@$(CMAKE) --install build/release --prefix $(STAGE) >/dev/null
+	@scripts/demo.sh $(STAGE)
+
+test: setup test-plain test-asan
+
+test-plain:
+	@$(CMAKE) -S . -B build/plain -DCMAKE_BUILD_TYPE=Debug >/dev/null
+	@$(CMAKE) --build build/plain -j $(JOBS)
+	cd build/plain && ctest --output-on-failure -j $(JOBS)
+
+test-asan:
+	@$(CMAKE) -S . -B build/asan -DCMAKE_BUILD_TYPE=Debug -DTARNWICK_SANITIZE=ON >/dev/null
+	@$(CMAKE) --build build/asan -j $(JOBS)
+	cd build/asan && ctest --output-on-failure -j $(JOBS)
+
+bench: setup
+	@$(CMAKE) -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DTARNWICK_TESTS=OFF -DTARNWICK_BENCH=ON >/dev/null
+	@$(CMAKE) --build build/bench -j $(JOBS)
+	@set -e; for b in build/bench/bench/*_bench; do echo "== $$b"; $$b $(BENCH_ARGS); done
+
+clean:
+	rm -rf build

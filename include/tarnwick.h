@@ -1,0 +1,8 @@
+// The whole Tarnwick library in one include.
+#ifndef TARNWICK_H
+#define TARNWICK_H
+
+#include "SString.h"
+#include "SStringList.h"
+
+#endif
