@@ -73,7 +73,8 @@ TEST(Stamps, NowMatchesStrftimeInZones)
                 struct tm local = *localtime(&now);
                 SString expected = Strftime("%a, ", &local) + SString(local.tm_mday) +
                                    Strftime(" %b %Y %H:%M:%S %z|", &local) +
-                                   Strftime("%Y%m%d%H%M%S|", gmtime(&now)) + Strftime("%Y%m%d%H%M%S", &local);
+                                   Strftime("%Y%m%d%H%M%S|", gmtime(&now)) +
+                                   Strftime("%Y%m%d%H%M%S", &local);
                 if (time(0) == now)
                     return got + "\n" + expected;
             }
