@@ -41,6 +41,8 @@ struct SStringRep {
 class SString {
 public:
     static const int AllocIncrem = 8;
+    // A buffer of this many bytes or more ends the process with status 108.
+    static const int AllocLimit = 20000001;
 
     // Construction.  Numbers are formatted with "%d", "%ld" and "%.16g"
     // (a float is widened to double first).

@@ -17,9 +17,8 @@
 
 namespace {
 
-// Buffers of this size or more end the process: strings of about 20 MB are
-// refused by design.
-const long long SizeLimit = 20000001;
+// Strings of about 20 MB are refused by design.
+const long long SizeLimit = SString::AllocLimit;
 
 // Bytes allocated for a string of n bytes: the next multiple of AllocIncrem
 // above n, which always leaves room for the terminating NUL.
