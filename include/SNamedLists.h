@@ -106,10 +106,6 @@ protected:
     int _crlf;
     SStringList* _values;
 
-    // Makes room for one more value: a new array of count + AllocIncrem
-    // lists when no spare slot is left.
-    void _Grow();
-
     // The text form writer behind operator<<.
     void _AppendText(SString& out) const;
 
@@ -143,8 +139,6 @@ public:
 
 protected:
     int* _values;
-
-    void _Grow();
 };
 
 // A small map from an int to an SString, in insertion order, searched
