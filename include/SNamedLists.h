@@ -189,7 +189,7 @@ SString& operator<<(SString& out, const SNamedStringList& map);
 // then parses text into it; returns text.  An undefined or empty text leaves
 // the map empty.  Never fails: every line lands somewhere.  Lines before the
 // first key (a first line without a blank, or one beginning with a blank)
-// go to the empty key.
+// go to the undefined key, which the writer puts back as " value".
 const SString& operator>>(const SString& text, SNamedStringList& map);
 
 #endif

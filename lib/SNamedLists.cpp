@@ -133,10 +133,12 @@ SNamedStringList& SNamedStringList::operator=(const SNamedStringList& other)
     Reset();
     _caseSensitive = other._caseSensitive;
     _crlf = other._crlf;
-    const int n = other._keys.Count();
-    for (int i = 0; i < n; i++)
-        if (other._values[i].Defined())
-            (*this)[other._keys.Get(i)] = other._values[i];
+    int i = 0;
+    other._keys._Each([&](const SString& key) {
+        const SStringList& values = other._values[i++];
+        if (values.Defined())
+            (*this)[key] = values;
+    });
     return *this;
 }
 
@@ -489,7 +491,8 @@ private:
 
 const SString& operator>>(const SString& text, SNamedStringList& map)
 {
+    const SString keep(text);  // text may live inside the map that Reset empties
     map.Reset();
-    TextReader(text, map).Run();
+    TextReader(keep, map).Run();
     return text;
 }

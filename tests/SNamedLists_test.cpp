@@ -103,6 +103,9 @@ TEST(SNamedStringList, ReaderSplitsKeysValuesAndContinuations)
     SString("Old 0\n") >> m;
     SString("a 1\nA 2\n") >> m;
     EXPECT_EQ(Contents(m), (Map{{"a", {"1", "2"}}}));
+    m["T"].Push("B 3\n");
+    m["T"][0] >> m;  // the text lives in the map that reading empties
+    EXPECT_EQ(Contents(m), (Map{{"B", {"3"}}}));
 }
 
 // Random bytes, rich in those the text form cares about, holding no line end.
