@@ -70,9 +70,9 @@ class SNamedStringList : public SNLists {
 public:
     // Case-sensitive, "\n" line ends, no keys, no values array.
     SNamedStringList();
-    // Copy and assignment take both flags and every key of other.Keys() with
-    // its value list, shared copy-on-write; keys without a value are not
-    // copied.  Assigning a map to itself changes nothing.
+    // Copy and assignment take both flags, then every key of other.Keys()
+    // with other.Get(key), shared copy-on-write; keys without a value are
+    // not copied.  Assigning a map to itself changes nothing.
     SNamedStringList(const SNamedStringList& other);
     SNamedStringList& operator=(const SNamedStringList& other);
     ~SNamedStringList() override;
@@ -116,8 +116,8 @@ class SNamedValue : public SNLists {
 public:
     // Case-sensitive, no keys, no values array.
     SNamedValue();
-    // Copy and assignment take the case flag and every key of other.Keys()
-    // with its value.
+    // Copy and assignment take the case flag, then every key of
+    // other.Keys() with other.Get(key).
     SNamedValue(const SNamedValue& other);
     SNamedValue& operator=(const SNamedValue& other);
     ~SNamedValue() override;

@@ -133,12 +133,8 @@ SNamedStringList& SNamedStringList::operator=(const SNamedStringList& other)
     Reset();
     _caseSensitive = other._caseSensitive;
     _crlf = other._crlf;
-    int i = 0;
-    other._keys._Each([&](const SString& key) {
-        const SStringList& values = other._values[i++];
-        if (values.Defined())
-            (*this)[key] = values;
-    });
+    // Through the lookups, so that a copy sees what a reader of other sees.
+    other.Keys()._Each([&](const SString& key) { (*this)[key] = other.Get(key); });
     return *this;
 }
 
@@ -205,10 +201,9 @@ SNamedValue& SNamedValue::operator=(const SNamedValue& other)
         return *this;
     Reset();
     _caseSensitive = other._caseSensitive;
-    const int n = other._keys.Count();
-    for (int i = 0; i < n; i++)
-        if (other._values[i] != -1)
-            (*this)[other._keys.Get(i)] = other._values[i];
+    const SStringList keys = other.Keys();
+    for (int i = 0; i < keys.Count(); i++)
+        (*this)[keys.Get(i)] = other.Get(keys.Get(i));
     return *this;
 }
 
