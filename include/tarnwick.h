@@ -5,5 +5,11 @@
 #include "SString.h"
 #include "SStringList.h"
 #include "SNamedLists.h"
+#include "Sdatetime.h"
+#include "Sfiledir.h"
+#include "Smime.h"
+#include "Smisc.h"
+#include "Sprocess.h"
+#include "Ssecurity.h"
 
 #endif
