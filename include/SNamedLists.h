@@ -21,8 +21,10 @@
 // value before it: the value gets EOL plus the whole line.  Repeated keys
 // collect their values in order.  There is no escaping, no colon handling
 // (keys keep their trailing colon) and only the one separator blank is
-// stripped.  Writing reproduces any text made of such lines byte for byte;
-// a value holding EOL not followed by a blank or a tab would come back split.
+// stripped.  Writing gives back, byte for byte, any text that ends with EOL
+// and whose lines all start with a key (or continue a value), each key's
+// lines together; a value holding EOL not followed by a blank or a tab
+// would come back split, and a defined but empty list as one empty value.
 //
 // Failure policy: nothing reports an error beyond the -1 results documented
 // below; the 100,000-item limit of SStringList bounds the number of keys.
