@@ -293,6 +293,17 @@ char* SString::GetBuf() const
     return copy;
 }
 
+char* SString::Resize(int n)
+{
+    if (n < 0)
+        n = 0;
+    _Realloc(n);
+    if (n > _rep->_len)
+        std::memset(_rep->_buf + _rep->_len, 0, n - _rep->_len);
+    _rep->_len = n;
+    return _rep->_buf;
+}
+
 SString SString::Segment(int start, int n) const&
 {
     if (start < 0) {
