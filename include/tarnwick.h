@@ -4,5 +4,6 @@
 
 #include "SString.h"
 #include "SStringList.h"
+#include "SRegex.h"
 
 #endif
