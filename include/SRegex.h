@@ -14,8 +14,9 @@
 // Bytes are bytes: patterns and subjects are delimited by their lengths, so
 // both may hold NUL bytes, and matching never depends on the program's locale
 // (the C locale is in force while the engine runs).  "." and bracket
-// expressions match a newline; "^" and "$" refer only to the ends of the
-// searched range, never to line breaks inside it.
+// expressions match a newline; "." does not match a NUL byte (the engine's
+// rule; "[^\n]" does).  "^" and "$" refer only to the ends of the searched
+// range, never to line breaks inside it.
 //
 // Failure policy: nothing throws.  A pattern that does not compile leaves
 // its error code in the status: Match and Subst then find nothing.  A Perl
@@ -86,8 +87,9 @@ public:
     // with the expansion of the replacement template, in place.  Matching
     // always runs on the unchanged target; target is only rewritten when
     // something matched.  Returns the match list of the last match, or an
-    // undefined, empty list (target untouched) when nothing matched or the
-    // pattern did not compile.  An empty match does not advance the search:
+    // undefined, empty list (target untouched) when nothing matched, the
+    // pattern did not compile, or the template is invalid (its diagnostic is
+    // printed once).  An empty match does not advance the search:
     // with "g", a pattern that matches the empty string before the end of
     // the target never returns (intended; do not use such patterns with "g").
     SStringList Subst(SString& target, const SString& replacement,

@@ -245,13 +245,14 @@ SStringList SRegex::Subst(SString& target, const SString& replacement, const cha
         SStringList m = Match(target, p);
         if (m.Count() == 0)
             break;
-        result = m;
         int s = _matches[0].rm_so;
         int e = _matches[0].rm_eo;
         head.append(bytes + p, s - p);
-        size_t expanded = head.size();
+        // A template that cannot be expanded here cannot be expanded for
+        // any match: give up without touching the target.
         if (!ExpandTemplate(head, replacement, m))
-            head.resize(expanded);
+            return SStringList();
+        result = m;
         tail = e;
         p = e;
     } while (global && p < length);
