@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <malloc.h>
 #include <new>
 
 namespace {
@@ -99,7 +100,10 @@ void SString::_Realloc(int n)
         old->_links--;
     } else if (old->_alloc <= n) {
         int size = BufferSize(n);
-        old->_buf = GrowBuffer(old->_buf, size);
+        // The allocator often has slack behind the block already: use it
+        // without a call, keeping the recorded size exact.
+        if (!old->_buf || malloc_usable_size(old->_buf) < static_cast<size_t>(size))
+            old->_buf = GrowBuffer(old->_buf, size);
         old->_alloc = size;
         old->_buf[old->_len] = 0;
         old->_buf[n] = 0;
