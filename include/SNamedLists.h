@@ -110,6 +110,9 @@ protected:
     // lists when no spare slot is left.
     void _Grow();
 
+    // The text form writer behind operator<<.
+    void _AppendText(SString& out) const;
+
     friend SString& operator<<(SString& out, const SNamedStringList& map);
 };
 

@@ -6,7 +6,6 @@
 // the same change of the array.  Spare slots are counted in the base, so an
 // array always holds Count() + _spare slots.
 #include <cstring>
-#include <vector>
 
 #include "SNamedLists.h"
 
@@ -32,6 +31,15 @@ bool SameIgnoringCase(const SString& a, const SString& b)
     return true;
 }
 
+// Copies n bytes to p and returns the end; an undefined string has no
+// buffer to copy from.
+char* Put(char* p, const char* from, int n)
+{
+    if (n > 0)
+        std::memcpy(p, from, n);
+    return p + n;
+}
+
 } // namespace
 
 // ---- SNLists -------------------------------------------------------------
@@ -48,11 +56,14 @@ int SNLists::_Search(const SString& key) const
 {
     if (_caseSensitive)
         return _keys.Index(key);
-    const int n = _keys.Count();
-    for (int i = 0; i < n; i++)
-        if (SameIgnoringCase(_keys.Get(i), key))
-            return i;
-    return -1;
+    int found = -1;
+    int i = 0;
+    _keys._Each([&](const SString& k) {
+        if (found < 0 && SameIgnoringCase(k, key))
+            found = i;
+        i++;
+    });
+    return found;
 }
 
 int SNLists::Delete(const SString& key)
@@ -350,62 +361,53 @@ int SIndexString::Keys(int** out) const
 
 // ---- Text form -----------------------------------------------------------
 
-namespace {
-
-const char* EolOf(const SNamedStringList& map)
+// Every value becomes the line key + " " + value + EOL; a key whose list is
+// defined but empty still gets the line key + " " + EOL.  The size is summed
+// first so that the text is built in one allocation and copied once.
+void SNamedStringList::_AppendText(SString& out) const
 {
-    return map.CRLF() ? "\r\n" : "\n";
-}
-
-// The text of one key: its values joined by EOL + key + " ", so that each
-// value gets a line of its own beginning with the key.
-SString KeyLines(const SString& key, const SStringList& values, const SString& eol)
-{
-    SString sep(eol);
-    sep += key;
-    sep += ' ';
-    return values.Join(sep);
-}
-
-} // namespace
-
-SString& operator<<(SString& out, const SNamedStringList& map)
-{
-    const SString eol(EolOf(map));
-    const int n = map._keys.Count();
-    std::vector<SString> keys, lines;
-    keys.reserve(n);
-    lines.reserve(n);
+    const char* eol = _crlf ? "\r\n" : "\n";
+    const int eolLen = _crlf ? 2 : 1;
     long total = 0;
-    for (int i = 0; i < n; i++) {
-        if (!map._values[i].Defined())
-            continue;
-        keys.push_back(map._keys.Get(i));
-        lines.push_back(KeyLines(keys.back(), map._values[i], eol));
-        total += keys.back().Length() + 1 + lines.back().Length() + eol.Length();
-    }
-    if (keys.empty())
-        return out;
+    int i = 0;
+    _keys._Each([&](const SString& key) {
+        const SStringList& values = _values[i++];
+        if (values.Defined()) {
+            const int lines = values.Count() > 0 ? values.Count() : 1;
+            total += static_cast<long>(lines) * (key.Length() + 1 + eolLen) + Length(values);
+        }
+    });
+    if (total == 0)
+        return;
 
-    // Built in one fresh, unshared buffer; writing through Data() touches no
-    // other handle.  A text beyond the string size limit is refused by the
-    // constructor (exit 108), so the clamp never truncates what is copied.
+    // Writing through Data() is safe on this fresh, unshared string.  A text
+    // beyond the string size limit is refused by the constructor (exit 108),
+    // so the clamp never truncates what is copied.
     const long limit = 20000001;
     SString text(static_cast<const char*>(nullptr), static_cast<int>(total < limit ? total : limit));
     char* p = const_cast<char*>(text.Data());
-    for (size_t k = 0; k < keys.size(); k++) {
-        std::memcpy(p, keys[k].Data(), keys[k].Length());
-        p += keys[k].Length();
+    auto line = [&](const SString& key, const SString& value) {
+        p = Put(p, key.Data(), key.Length());
         *p++ = ' ';
-        std::memcpy(p, lines[k].Data(), lines[k].Length());
-        p += lines[k].Length();
-        std::memcpy(p, eol.Data(), eol.Length());
-        p += eol.Length();
-    }
+        p = Put(p, value.Data(), value.Length());
+        p = Put(p, eol, eolLen);
+    };
+    i = 0;
+    _keys._Each([&](const SString& key) {
+        const SStringList& values = _values[i++];
+        if (values.Count() == 0 && values.Defined())
+            line(key, SString());
+        values._Each([&](const SString& value) { line(key, value); });
+    });
     if (out.Length() == 0)
         out = text;
     else
         out += text;
+}
+
+SString& operator<<(SString& out, const SNamedStringList& map)
+{
+    map._AppendText(out);
     return out;
 }
 

@@ -31,7 +31,7 @@ SSubString::SSubString(const SSubString& other)
 {
 }
 
-SSubString SString::Segment(int start, int n)
+SSubString SString::Segment(int start, int n) &
 {
     return SSubString(*this, start, n);
 }
