@@ -6,5 +6,11 @@
 #include "SStringList.h"
 #include "SNamedLists.h"
 #include "SRegex.h"
+#include "Sdatetime.h"
+#include "Sfiledir.h"
+#include "Smime.h"
+#include "Smisc.h"
+#include "Sprocess.h"
+#include "Ssecurity.h"
 
 #endif
