@@ -40,13 +40,13 @@
 class SRegex {
 public:
     // Entries in the match table: the whole match and up to 10 groups.
-    static const int MatchEntries = 11;
+    static constexpr int MatchEntries = 11;
     // The status of an object whose pattern was empty.  The C library
     // compiles "" into a pattern that matches everywhere; this wrapper
     // refuses it, so that a pattern which failed to translate (and is
     // therefore compiled as "") matches nothing.  The value lies outside
     // the C library's range of error codes.
-    static const int EmptyPattern = 100;
+    static constexpr int EmptyPattern = 100;
 
     // Never compiled: no allocations, status -1.
     SRegex();
@@ -177,6 +177,48 @@ void RegexError(int code, const SString& pattern);
 // (intended).  A template ending in a lone '\' or '$' prints "Invalid
 // replacement string in regular expression" and leaves *out unchanged.
 void AppendPasteBuffer(SString* out, const SString& replacement, const SStringList& matches);
+
+// The pattern members declared with SString and SStringList behave as follows.
+//
+// SString::M(pattern, flags) compiles an SPerlRegex and returns Match from
+// offset 0: the whole match and the groups, or an undefined, empty list.
+//
+// SString::S(pattern, replacement, flags) substitutes in place through Subst
+// and returns its result.  An empty (or null) pattern inserts instead: with
+// "g" before every byte and once at the end ("abc" -> "-a-b-c-", "" -> "-"),
+// otherwise at the front; the result is then the list holding "".
+//
+// SString::Split(re, limit) returns the fields between the matches of re; a
+// limit of 0 means none, 1 or a negative limit gives the whole string.
+// Intended, and kept so: a leading separator gives a leading empty field,
+// adjacent separators an empty field between them, a trailing separator no
+// field; empty fields at a match do not count against the limit (so the list
+// may hold more than limit items); an empty match splits off one byte.  An
+// empty string, or a pattern that did not compile, gives an undefined, empty
+// list.  A text separator is a Perl pattern (Split(".") splits at every
+// byte); an empty or null one splits into bytes, the last item holding the
+// rest when limit is reached.  Split(c) with a character is literal
+// (Split('.') splits at dots), except Split(' '), which splits at runs of
+// blanks, tabs, CRs and newlines and drops the empty field that leading
+// white space makes (white space alone gives one empty item).
+//
+// SStringList::Grep(re, mode) returns the items that match (mode 1) or the
+// others; an undefined list or a pattern that did not compile gives an
+// undefined list.
+//
+// SStringList::Grep(test, rest) reads the test left to right: any number of
+// "!" (each toggles negation), blanks, then "/re/opts", "m<d>re<d>opts",
+// "s<d>re<d>replacement<d>opts" or a file test "-d", "-e", "-f", "-r", "-w",
+// "-x" applied to each item as a path (lstat-based for -d and -f).  Options:
+// "i" ignores case, "g" substitutes every match.  A backslash keeps itself
+// and the next byte, so "\/" reaches the pattern as "\/".  A missing closing
+// delimiter is not an error.  A substitution edits the items of this list in
+// place (only this handle sees it: the list is unshared first) and passes
+// the items it changed.  Returns the passing items (the failing ones under
+// negation) and stores the others in *rest.  A pattern that does not compile
+// returns an undefined list and leaves *rest undefined; an unknown file test
+// prints "Grep: invalid file test" and passes nothing.  *rest may be this
+// list.
 
 // Grep diagnostic codes.
 enum {

@@ -2,9 +2,9 @@
 //
 // A pattern given as text is compiled afresh as an SPerlRegex on every call;
 // callers in loops pass a compiled SRegex instead.  The one shared pattern is
-// the white-space separator of Split(' '), compiled once at start-up: its
-// match table is module state, so concurrent Split(' ') calls must be kept
-// apart by the caller.
+// the white-space separator of Split(' '), compiled once: its match table is
+// module state, so concurrent Split(' ') calls must be kept apart by the
+// caller.
 #include "SRegex.h"
 
 #include <string.h>
@@ -16,9 +16,13 @@
 
 namespace {
 
-// White space for Split(' '): POSIX syntax, compiled as it stands.
-const SString WhiteSpacePattern("[ \t\r\n]+");
-const SRegex WhiteSpaceRegex(WhiteSpacePattern);
+// White space for Split(' '): POSIX syntax, compiled as it stands, once.
+// Built on first use, so that Split(' ') also works from other modules'
+// static initialisers.
+const SRegex& WhiteSpaceRegex() {
+    static const SRegex whiteSpace{SString("[ \t\r\n]+")};
+    return whiteSpace;
+}
 
 // Bytes that a one-character separator must escape to be taken literally.
 const char RegexSpecials[] = "$()*+.?[\\]^{|}";
@@ -123,7 +127,7 @@ SStringList SString::Split(const char* separator, int limit) const {
 
 SStringList SString::Split(char separator, int limit) const {
     if (separator == ' ') {
-        SStringList result = Split(WhiteSpaceRegex, limit);
+        SStringList result = Split(WhiteSpaceRegex(), limit);
         if (result.Count() >= 2 && result.Get(0).Length() == 0)
             result.Shift();
         return result;
