@@ -3,7 +3,7 @@
 // The engine is asked to keep every byte: a pattern holding a NUL byte goes
 // through the length-taking re_compile_pattern, a subject is delimited with
 // REG_STARTEND.  The engine runs in the C locale whatever the program chose,
-// so that "." matches every byte and case folding is ASCII only.
+// so that every byte is one character and case folding is ASCII only.
 #include "SRegex.h"
 
 #include <locale.h>
