@@ -77,7 +77,8 @@ void BM_OpenSSL_EncodeBlock(benchmark::State& state)
     const std::string& plain = Plain();
     std::vector<unsigned char> out(plain.size() / 3 * 4 + 8);
     for (auto _ : state)
-        benchmark::DoNotOptimize(EVP_EncodeBlock(out.data(), (const unsigned char*)plain.data(), (int)plain.size()));
+        benchmark::DoNotOptimize(
+            EVP_EncodeBlock(out.data(), (const unsigned char*)plain.data(), (int)plain.size()));
     state.SetBytesProcessed(state.iterations() * plain.size());
 }
 
@@ -90,7 +91,8 @@ void BM_OpenSSL_DecodeBlock(benchmark::State& state)
     }
     std::vector<unsigned char> out(text.size());
     for (auto _ : state)
-        benchmark::DoNotOptimize(EVP_DecodeBlock(out.data(), (const unsigned char*)text.data(), (int)text.size()));
+        benchmark::DoNotOptimize(
+            EVP_DecodeBlock(out.data(), (const unsigned char*)text.data(), (int)text.size()));
     state.SetBytesProcessed(state.iterations() * text.size());
 }
 

@@ -9,6 +9,11 @@
 
 #include <tarnwick.h>
 
+static const char* Verdict(int match)
+{
+    return match ? "accepted" : "refused";
+}
+
 int main(int argc, char** argv)
 {
     if (argc != 2) {
@@ -26,7 +31,7 @@ int main(int argc, char** argv)
 
     SString stored = StringCopy(text);
     std::cout << "stored:     " << stored << "\n"
-              << "check:      right password " << (StringComp(text, stored) ? "accepted" : "refused")
-              << ", wrong password " << (StringComp(text + "x", stored) ? "accepted" : "refused") << "\n";
+              << "check:      right password " << Verdict(StringComp(text, stored))
+              << ", wrong password " << Verdict(StringComp(text + "x", stored)) << "\n";
     return 0;
 }

@@ -129,7 +129,8 @@ SString DecodeBase64(const SString& s)
     for (int i = 0; i < n;) {
         // Fast path: four alphabet characters in a row start a new group.
         if (held == 0 && i + 4 <= n) {
-            unsigned a = table[in[i]], b = table[in[i + 1]], c = table[in[i + 2]], d = table[in[i + 3]];
+            unsigned a = table[in[i]], b = table[in[i + 1]];
+            unsigned c = table[in[i + 2]], d = table[in[i + 3]];
             if ((a | b | c | d) < 64) {
                 out = DecodeGroup((a << 18) | (b << 12) | (c << 6) | d, out);
                 i += 4;
