@@ -25,7 +25,8 @@ std::string HeaderLine() {
            "id 4F2A9C; for <first.last@example.org>; Mon, 23 Nov 2026 01:02:03 +0000";
 }
 
-// Words of 8 to 24 letters (fewer than the list limit of 100,000) separated by runs of blanks, tabs and newlines.
+// Words of 8 to 24 letters separated by runs of blanks, tabs and newlines:
+// fewer fields than the list limit of 100,000.
 std::string WhiteSpaceText() {
     std::mt19937 rng(11);
     const char blanks[] = " \t\n";

@@ -59,8 +59,9 @@ TEST(PerlRegexConv, ErrorsPrintTheirTextAndYieldUndefined) {
     for (const auto& r : rows) {
         CaptureStderr();
         EXPECT_FALSE(PerlRegexConv(SString(r[0])).Defined()) << r[0];
-        EXPECT_EQ(GetCapturedStderr(), std::string("Regular expression error -- compile aborted.  Reason:\n\t") +
-                                           r[1] + "\n\tThe erroneous expression is '" + r[2] + "'.\n");
+        EXPECT_EQ(GetCapturedStderr(), "Regular expression error -- compile aborted.  Reason:\n\t" +
+                                           std::string(r[1]) + "\n\tThe erroneous expression is '" + r[2] +
+                                           "'.\n");
     }
     CaptureStderr();
     RegexError(42, SString("y"));
@@ -123,7 +124,8 @@ TEST(SRegex, FailedStatesAndDebug) {
     SRegex never, ok{SString("a")}, empty{SString("")}, undefinedPattern{SString()}, bad{SString("a(")};
     const std::pair<SRegex*, std::string> rows[] = {
         {&never, "SRegex was never compiled\n"}, {&ok, "SRegex is OK\n"}, {&bad, failed},
-        {&empty, failed + "empty regular expression\n"}, {&undefinedPattern, failed + "empty regular expression\n"}};
+        {&empty, failed + "empty regular expression\n"},
+        {&undefinedPattern, failed + "empty regular expression\n"}};
     for (const auto& r : rows) {
         CaptureStderr();
         r.first->Debug();
