@@ -5,6 +5,7 @@
 #include "SString.h"
 #include "SStringList.h"
 #include "SNamedLists.h"
+#include "SRegex.h"
 #include "Sdatetime.h"
 #include "Sfiledir.h"
 #include "Smime.h"

@@ -1,0 +1,177 @@
+// Tests of the pattern members: SString::M, S, Split and SStringList::Grep.
+#include "SRegex.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+namespace {
+
+std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
+
+// Items joined by "|" (empty items stay visible); "-" for no items.
+std::string Joined(const SStringList& l) {
+    std::string out = l.Count() ? "" : "-";
+    for (int i = 0; i < l.Count(); i++)
+        out += (i ? "|" : "") + Str(l.Get(i));
+    return out;
+}
+
+SStringList ListOf(std::initializer_list<std::string> items) {
+    SStringList l;
+    l.Reset();
+    for (const std::string& item : items)
+        l.Push(item.c_str());
+    return l;
+}
+
+}  // namespace
+
+TEST(RegexFuncs, MatchAndSubstitute) {
+    SString s("user@Example.ORG");
+    EXPECT_EQ(Joined(s.M("(\\w+)@(\\w+)")), "user@Example|user|Example");
+    EXPECT_EQ(Joined(s.M(SString("org$"), "i")), "ORG");
+    EXPECT_EQ(Joined(s.M(SPerlRegex(SString("\\.(\\w+)")))), ".ORG|ORG");
+    EXPECT_EQ(Joined(s.M(static_cast<const char*>(0))), "-");
+
+    const char* rows[][6] = {
+        // subject, pattern, replacement, flags, result, returned
+        {"a1b22c", "\\d+", "#", 0, "a#b22c", "1"},   {"a1b22c", "\\d+", "#", "g", "a#b#c", "22"},
+        {"Hello", "(h)(e)", "\\2\\1", "i", "eHllo", "He|H|e"}, {"abc", "x", "y", "g", "abc", "-"},
+        {"abc", "", "-", "g", "-a-b-c-", ""},        {"", "", "-", "g", "-", ""},
+        {"abc", "", "-", 0, "-abc", ""},             {"abc", 0, "-", 0, "-abc", ""},
+    };
+    for (const auto& r : rows) {
+        SString subject(r[0]);
+        EXPECT_EQ(Joined(subject.S(r[1], SString(r[2]), r[3])), r[5]) << r[0] << " " << r[2];
+        EXPECT_EQ(Str(subject), r[4]);
+    }
+    SString undefined, compiled("aXbX");
+    undefined.S(SString(""), SString("-"));
+    EXPECT_EQ(Str(undefined), "-");
+    EXPECT_EQ(Joined(compiled.S(SRegex(SString("X")), SString("$&$&"), "g")), "X");
+    EXPECT_EQ(Str(compiled), "aXXbXX");
+}
+
+TEST(RegexFuncs, Split) {
+    struct Row {
+        const char* subject;
+        const char* separator;
+        int limit;
+        const char* fields;
+    } rows[] = {
+        {"a,b,,c", ",", 0, "a|b||c"}, {",a", ",", 0, "|a"},       {"a,", ",", 0, "a"},
+        {",,a", ",", 2, "||a"},       {"a,b,c", ",", 2, "a|b,c"}, {"a,b,c", ",", 1, "a,b,c"},
+        {"a,b,c", ",", -1, "a,b,c"},  {"a1b22c", "\\d+", 0, "a|b|c"}, {"a.b", ".", 0, "||"},
+        {"abxc", "x*", 0, "a|b|c"},   {"", ",", 0, "-"},          {"abcd", "", 2, "a|bcd"},
+        {"abc", 0, 0, "a|b|c"},
+    };
+    for (const Row& r : rows) {
+        EXPECT_EQ(Joined(SString(r.subject).Split(r.separator, r.limit)), r.fields) << r.subject;
+        if (r.separator && *r.separator) {
+            EXPECT_EQ(Joined(SString(r.subject).Split(SString(r.separator), r.limit)), r.fields);
+        }
+    }
+    struct CharRow {
+        const char* subject;
+        char separator;
+        int limit;
+        const char* fields;
+    } chars[] = {
+        {"  a b ", ' ', 0, "a|b"}, {"a \t\r\nb", ' ', 0, "a|b"}, {"   ", ' ', 0, ""},
+        {" a b c", ' ', 2, "a|b c"}, {"a.b", '.', 0, "a|b"},     {"a|b\\c", '|', 0, "a|b\\c"},
+        {"a\\b", '\\', 0, "a|b"},  {"1+2^3", '^', 0, "1+2|3"},  {"axb", 'x', 0, "a|b"},
+    };
+    for (const CharRow& r : chars)
+        EXPECT_EQ(Joined(SString(r.subject).Split(r.separator, r.limit)), r.fields) << r.subject;
+    EXPECT_EQ(Joined(SString("a\0b", 3).Split('\0')), "a|b");
+    EXPECT_EQ(Joined(SString("a(b").Split(SRegex(SString("(")))), "-");
+}
+
+TEST(RegexFuncs, GrepByCompiledPattern) {
+    SStringList l = ListOf({"#x", "a", "#y", "b"});
+    SRegex hash{SString("^#")};
+    EXPECT_EQ(Joined(l.Grep(hash)), "#x|#y");
+    EXPECT_EQ(Joined(l.Grep(hash, 0)), "a|b");
+    EXPECT_FALSE(SStringList().Grep(hash).Defined());
+    EXPECT_FALSE(l.Grep(SRegex()).Defined());
+    EXPECT_TRUE(ListOf({}).Grep(hash, 0).Defined());
+}
+
+TEST(RegexFuncs, GrepByTestExpression) {
+    const char* rows[][4] = {
+        // test, passed, rest, the list afterwards
+        {"/^#/", "#x|#y", "a|ba", "#x|a|#y|ba"},     {"!/^#/", "a|ba", "#x|#y", "#x|a|#y|ba"},
+        {"!! m#^\\##", "#x|#y", "a|ba", "#x|a|#y|ba"}, {"m|A|i", "a|ba", "#x|#y", "#x|a|#y|ba"},
+        {"/a", "a|ba", "#x|#y", "#x|a|#y|ba"},       {"s/a/b/g", "b|bb", "#x|#y", "#x|b|#y|bb"},
+        {"!s,^#,%,", "a|ba", "%x|%y", "%x|a|%y|ba"},
+        {"s/\\/|#/<$&>/", "<#>x|<#>y", "a|ba", "<#>x|a|<#>y|ba"},
+    };
+    for (const auto& r : rows) {
+        SStringList l = ListOf({"#x", "a", "#y", "ba"}), copy = l, rest;
+        EXPECT_EQ(Joined(l.Grep(SString(r[0]), &rest)), r[1]) << r[0];
+        EXPECT_EQ(Joined(rest), r[2]) << r[0];
+        EXPECT_EQ(Joined(l), r[3]) << r[0];
+        EXPECT_EQ(Joined(copy), "#x|a|#y|ba") << r[0];
+    }
+    SStringList same = ListOf({"a", "b"}), rest("x");
+    EXPECT_EQ(Joined(same.Grep(SString("/a/"), &same)), "a");
+    EXPECT_EQ(Joined(same), "b");
+    EXPECT_FALSE(SStringList().Grep(SString("/a/"), &rest).Defined());
+    EXPECT_FALSE(rest.Defined());
+}
+
+TEST(RegexFuncs, GrepDiagnostics) {
+    const std::string field = "The test field for Grep was '";
+    struct Row {
+        const char* test;
+        std::string diagnostic;
+        bool defined;
+    } rows[] = {
+        {"", "Grep called without a valid test field.\n" + field + "'\n", true},
+        {"x", "Unknown test type for Grep function\n" + field + "x'\n" +
+                  "Grep called without a valid test field.\n" + field + "x'\n", true},
+        {"-q", "Grep: invalid file test\n", true},
+        {"m", "Incomplete expression in Grep function call\n" + field + "m'\n", false},
+        {"/a\\", "Incomplete expression in Grep function call\n" + field + "/a\\'\n", false},
+    };
+    for (const Row& r : rows) {
+        SStringList l("a");
+        CaptureStderr();
+        SStringList passed = l.Grep(SString(r.test));
+        EXPECT_EQ(GetCapturedStderr().substr(0, r.diagnostic.size()), r.diagnostic) << r.test;
+        EXPECT_EQ(Joined(passed), "-") << r.test;
+        EXPECT_EQ(passed.Defined(), r.defined) << r.test;
+    }
+}
+
+TEST(RegexFuncs, GrepFileTests) {
+    char base[] = "/tmp/tw-grep-XXXXXX";
+    ASSERT_TRUE(mkdtemp(base));
+    std::string dir = base, plain = dir + "/plain", script = dir + "/script", link = dir + "/link",
+                missing = dir + "/missing";
+    std::ofstream(plain) << "x";
+    std::ofstream(script) << "#!/bin/sh\n";
+    chmod(plain.c_str(), 0400);
+    chmod(script.c_str(), 0700);
+    ASSERT_EQ(symlink(plain.c_str(), link.c_str()), 0);
+    const std::string rows[][2] = {
+        {"-d", dir}, {"-e", dir + "|" + plain + "|" + script + "|" + link}, {"-f", plain + "|" + script},
+        {"-x", dir + "|" + script}, {"-r", dir + "|" + plain + "|" + script + "|" + link}, {"!-e", missing},
+        {"-w", geteuid() == 0 ? dir + "|" + plain + "|" + script + "|" + link : dir + "|" + script},
+    };
+    for (const auto& r : rows) {
+        SStringList l = ListOf({dir, plain, script, link, missing});
+        EXPECT_EQ(Joined(l.Grep(SString(r[0].c_str()))), r[1]) << r[0];
+    }
+    for (const std::string& path : {link, plain, script})
+        unlink(path.c_str());
+    rmdir(dir.c_str());
+}
