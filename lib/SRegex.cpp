@@ -252,6 +252,10 @@ SStringList SRegex::Subst(SString& target, const SString& replacement, const cha
         // any match: give up without touching the target.
         if (!ExpandTemplate(head, replacement, m))
             return SStringList();
+        // An empty match with "g" repeats forever by design; like any string
+        // the result stops at the size limit.
+        if (head.size() >= static_cast<size_t>(SString::AllocLimit - 1))
+            std::exit(108);
         result = m;
         tail = e;
         p = e;
