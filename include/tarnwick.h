@@ -4,5 +4,7 @@
 
 #include "SString.h"
 #include "SStringList.h"
+#include "SMessage.h"
+#include "halyard.h"
 
 #endif
