@@ -202,6 +202,9 @@ protected:
     friend SStringList LowerCase(const SStringList& l);
     friend SStringList UpperCase(const SStringList& l);
     friend std::ostream& operator<<(std::ostream& os, SStringList l);
+    // The named lists walk their keys and values with _Each.
+    friend class SNLists;
+    friend class SNamedStringList;
 };
 
 // Total number of bytes of all items (not the number of items).

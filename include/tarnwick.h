@@ -4,6 +4,7 @@
 
 #include "SString.h"
 #include "SStringList.h"
+#include "SNamedLists.h"
 #include "SMessage.h"
 #include "halyard.h"
 
