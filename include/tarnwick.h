@@ -5,6 +5,12 @@
 #include "SString.h"
 #include "SStringList.h"
 #include "SNamedLists.h"
+#include "Sdatetime.h"
+#include "Sfiledir.h"
+#include "Smime.h"
+#include "Smisc.h"
+#include "Sprocess.h"
+#include "Ssecurity.h"
 #include "SMessage.h"
 #include "halyard.h"
 
