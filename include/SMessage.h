@@ -26,9 +26,12 @@
 //
 // Writing is atomic: the new text goes to the file name + ".temp" (which must
 // not exist) and is then renamed over the old file, so a reader sees either
-// the old file or the whole new one.  Two writers of one file both succeed
-// and the later rename wins.  No locks are taken and no descriptors are held
-// between calls; destroying an object never touches its files.
+// the old file or the whole new one.  Readers take no locks.  Writers in one
+// directory take turns through an flock on the directory, held only inside
+// Write: since every writer of a file uses the same ".temp" name, two writers
+// at once could otherwise remove or publish each other's unfinished file.  So
+// two writers of one file both succeed and the later one wins.  No descriptor
+// is held between calls; destroying an object never touches its files.
 //
 // The dispatcher notice and the answer are UDP datagrams on 127.0.0.1.  The
 // notice goes to the port in "DispatchSocket" (read at every call) and holds
@@ -53,7 +56,7 @@
 class SMessage {
 public:
     // Error code of a Write() that found no file name.
-    static const int ErrNoFilename = -11;
+    static constexpr int ErrNoFilename = -11;
 
     SMessage();
     virtual ~SMessage();
@@ -97,8 +100,8 @@ public:
     virtual int Write();
     // Stores name as it is, then calls the virtual Write().
     virtual int Write(const SString& name);
-    // A hook for derived classes; does nothing here, since the spool relies
-    // on the rename and takes no locks.
+    // A hook for derived classes; does nothing here, since the spool holds
+    // no lock between calls.
     virtual void UnlockFile();
 
 protected:

@@ -4,6 +4,7 @@
 #include "SMessage.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -39,6 +40,21 @@ int PortNumber(const SString& text, int max)
     if (!(f >= 1.0f && f < max + 1.0f))
         return 0;
     return static_cast<int>(f);
+}
+
+// Takes the writers' turn in the directory that holds path: an exclusive
+// flock on the directory itself, released by closing the descriptor.  -1 when
+// the directory cannot be opened (the write that follows fails anyway).
+int TakeWriterTurn(const SString& path)
+{
+    int slash = path.RIndex('/');
+    SString dir = slash < 0 ? SString(".") : path.Segment(0, slash + 1);
+    int fd = open(dir.Data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0 && LockFile(fd, LockWait) < 0) {
+        close(fd);
+        return -1;
+    }
+    return fd;
 }
 
 sockaddr_in LocalAddress(int port)
@@ -162,11 +178,16 @@ int SField::Write()
     SString temp = _filename + ".temp";
     SString text("");
     text << *this;
-    if (!MapFileWrite(temp, text) || !Rename(temp, _filename)) {
+    // Every writer of this file uses the same ".temp" name, so writers take
+    // turns: otherwise one could remove, or rename into place, another's
+    // unfinished temporary file.  A ".temp" found during our turn is stale.
+    int turn = TakeWriterTurn(_filename);
+    int written = MapFileWrite(temp, text) && Rename(temp, _filename);
+    if (!written)
         RemoveFile(temp);
-        return 0;
-    }
-    return 1;
+    if (turn >= 0)
+        close(turn);
+    return written;
 }
 
 int SField::Write(const SString& name)
