@@ -198,7 +198,8 @@ public:
     // seconds (fractions allowed) for a one-byte answer.  Then rereads the
     // file as the other module left it.  1 when exactly one byte came and the
     // reread succeeded.  0 on any failure: time-out, a signal, an answer of
-    // another length, a failed write, notice or reread.  Whatever the result,
+    // another length, a failed write, notice or reread; a negative timeout
+    // fails at once, one above a day waits a day.  Whatever the result,
     // no file of the request id is left in the spool.
     int Ask(const SString& function, double timeout);
     // Writes this file back (adding this module to "Trace:") and sends the

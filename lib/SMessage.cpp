@@ -100,8 +100,11 @@ int OpenReplySocket(int* port)
 
 // Waits up to timeout seconds for one datagram on fd; 1 when it holds
 // exactly one byte.  A time-out, an error or an interrupting signal is 0.
+// Waits longer than MaxWaitSeconds are cut to it.
 int AwaitOneByte(int fd, double timeout)
 {
+    if (!(timeout >= 0))
+        return 0;  // what select() says to a negative time limit
     if (timeout > MaxWaitSeconds)
         timeout = MaxWaitSeconds;
     timeval tv;

@@ -49,6 +49,7 @@ TEST_F(Reports, NewReportIdsCountPerFunction)
         {
             std::string fault = CheckFreshCounters();
             fputs(fault.c_str(), stderr);
+            TearDown();  // the re-executed child has a root of its own
             _exit(fault.empty() ? 0 : 1);
         },
         testing::ExitedWithCode(0), "^$");
