@@ -199,7 +199,9 @@ public:
     // file as the other module left it.  1 when exactly one byte came and the
     // reread succeeded.  0 on any failure: time-out, a signal, an answer of
     // another length, a failed write, notice or reread; a negative timeout
-    // fails at once, one above a day waits a day.  Whatever the result,
+    // fails at once, one above a day waits a day.  The wait uses select(), so
+    // it also fails in a process whose descriptors reach FD_SETSIZE (1024 on
+    // most systems).  Whatever the result,
     // no file of the request id is left in the spool.
     int Ask(const SString& function, double timeout);
     // Writes this file back (adding this module to "Trace:") and sends the

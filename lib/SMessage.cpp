@@ -103,8 +103,10 @@ int OpenReplySocket(int* port)
 // Waits longer than MaxWaitSeconds are cut to it.
 int AwaitOneByte(int fd, double timeout)
 {
-    if (!(timeout >= 0))
-        return 0;  // what select() says to a negative time limit
+    // A negative time limit is what select() refuses; a descriptor beyond
+    // FD_SETSIZE is one that it cannot watch.
+    if (!(timeout >= 0) || fd >= FD_SETSIZE)
+        return 0;
     if (timeout > MaxWaitSeconds)
         timeout = MaxWaitSeconds;
     timeval tv;
@@ -371,8 +373,8 @@ int SRequest::Ask(const SString& function, double timeout)
     }
     int answered = Notify() && AwaitOneByte(fd, timeout);
     close(fd);
-    // The answering module has rewritten the file; whatever happened, the
-    // request's files go once it has been read back.
+    // After an answer the file holds what the answering module wrote back.
+    // The request's files go in every case.
     int reread = answered && Read();
     RemoveMessage();
     return reread;
