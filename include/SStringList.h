@@ -176,7 +176,8 @@ protected:
     void _Unlink(SStringItem* item);
     void _Free();
 
-    // Calls visit(string) for every item, in order.
+    // Calls visit(string) for every item, in order; the strings are the
+    // ring's own (Chop changes them in place).
     template <class Visit>
     void _Each(Visit visit) const
     {

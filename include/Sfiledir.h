@@ -81,8 +81,8 @@ int LinkFile(const SString& existing, const SString& newName);
 // string for an empty file; an undefined string for an empty path, a file
 // that cannot be opened, or anything but a regular file (a directory, a
 // device).  The file is read through a read-only shared mapping that is
-// released before the return.  A file of 20,000,001 bytes or more ends the process
-// with status 108, as any string of that size does.
+// released before the return.  A file of 20,000,001 bytes or more ends the
+// process with status 108, as any string of that size does.
 SString MapFileRead(const SString& path);
 // Creates path (O_EXCL, permission 0660 less the umask) holding exactly the
 // bytes of text.  An existing path is never touched: the result is 0 and

@@ -413,7 +413,7 @@ SStringList& SStringList::Unique()
 char SStringList::Chop()
 {
     char last = 0;
-    _Each([&last](const SString& s) { last = const_cast<SString&>(s).Chop(); });
+    _Each([&last](SString& s) { last = s.Chop(); });
     return last;
 }
 

@@ -1,6 +1,5 @@
 // Date stamps.  The RFC 822 zone is worked out from the local and UTC
-// breakdowns of one instant rather than from tm_gmtoff, so it is right for
-// whatever zone the C library has loaded.
+// breakdowns of one instant, with nothing beyond standard C (no tm_gmtoff).
 
 #include "Sdatetime.h"
 

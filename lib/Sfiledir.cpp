@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -15,8 +16,6 @@
 #include <sys/statvfs.h>
 #include <time.h>
 #include <unistd.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -242,8 +241,10 @@ int MapFileWrite(const SString& path, const SString& text)
     if (fd < 0)
         return 0;
     int size = text.Length();
-    if (size == 0)
-        return close(fd) == 0;
+    if (size == 0) {
+        close(fd);
+        return 1;
+    }
     if (ftruncate(fd, size) != 0)
         return Abandon(fd, name);
     void* map = mmap(0, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);

@@ -1,6 +1,7 @@
-// Base64.  Both directions work through a plain buffer sized once and copy
-// it into the result string, which keeps the inner loops free of string
-// bookkeeping.
+// Base64.  The inner loops write into plain byte buffers, free of string
+// bookkeeping: the encoder straight into its result, whose size is known in
+// advance; the decoder into a scratch buffer of the largest possible size,
+// copied into the result once its length is known.
 
 #include "Smime.h"
 
@@ -33,6 +34,16 @@ char* EncodeTail(const unsigned char* in, int n, char* out)
     out[2] = n == 2 ? Alphabet[(bits >> 6) & 63] : '=';
     out[3] = '=';
     return out + 4;
+}
+
+// Makes s a new string of n bytes and returns its buffer for filling in
+// place.  The representation is this function's own, shared with no other
+// handle, so writing through the buffer cannot be seen anywhere else; this
+// spares a second buffer of the result's size and its copy.
+char* FreshBuffer(SString& s, int n)
+{
+    s = SString((const char*)0, n);
+    return const_cast<char*>(s.Data());
 }
 
 char* EndLine(char* out)
@@ -86,9 +97,10 @@ SString EncodeBase64(const SString& s)
     int chars = (n + 2) / 3 * 4;
     int lines = (chars + LineChars - 1) / LineChars;
     int size = chars + 2 * lines;
-    std::unique_ptr<char[]> text(new char[size]);
+    SString text;
+    char* start = FreshBuffer(text, size);
+    char* out = start;
     const unsigned char* in = (const unsigned char*)s.Data();
-    char* out = text.get();
     int i = 0;
     for (int column = 0; i + 3 <= n; i += 3) {
         out = EncodeGroup(in + i, out);
@@ -100,9 +112,9 @@ SString EncodeBase64(const SString& s)
     }
     if (i < n)
         out = EncodeTail(in + i, n - i, out);
-    if (out - text.get() < size)
-        out = EndLine(out);
-    return SString(text.get(), size);
+    if (out - start < size)
+        EndLine(out);
+    return text;
 }
 
 SString DecodeBase64(const SString& s)
@@ -117,7 +129,8 @@ SString DecodeBase64(const SString& s)
     for (int i = 0; i < n;) {
         // Fast path: four alphabet characters in a row start a new group.
         if (held == 0 && i + 4 <= n) {
-            unsigned a = table[in[i]], b = table[in[i + 1]], c = table[in[i + 2]], d = table[in[i + 3]];
+            unsigned a = table[in[i]], b = table[in[i + 1]];
+            unsigned c = table[in[i + 2]], d = table[in[i + 3]];
             if ((a | b | c | d) < 64) {
                 out = DecodeGroup((a << 18) | (b << 12) | (c << 6) | d, out);
                 i += 4;
