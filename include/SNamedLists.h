@@ -21,8 +21,10 @@
 // value before it: the value gets EOL plus the whole line.  Repeated keys
 // collect their values in order.  There is no escaping, no colon handling
 // (keys keep their trailing colon) and only the one separator blank is
-// stripped.  Writing reproduces any text made of such lines byte for byte;
-// a value holding EOL not followed by a blank or a tab would come back split.
+// stripped.  Writing gives back, byte for byte, any text that ends with EOL
+// and whose lines all start with a key (or continue a value), each key's
+// lines together; a value holding EOL not followed by a blank or a tab
+// would come back split, and a defined but empty list as one empty value.
 //
 // Failure policy: nothing reports an error beyond the -1 results documented
 // below; the 100,000-item limit of SStringList bounds the number of keys.
@@ -70,9 +72,9 @@ class SNamedStringList : public SNLists {
 public:
     // Case-sensitive, "\n" line ends, no keys, no values array.
     SNamedStringList();
-    // Copy and assignment take both flags and every key of other.Keys() with
-    // its value list, shared copy-on-write; keys without a value are not
-    // copied.  Assigning a map to itself changes nothing.
+    // Copy and assignment take both flags, then every key of other.Keys()
+    // with other.Get(key), shared copy-on-write; keys without a value are
+    // not copied.  Assigning a map to itself changes nothing.
     SNamedStringList(const SNamedStringList& other);
     SNamedStringList& operator=(const SNamedStringList& other);
     ~SNamedStringList() override;
@@ -106,10 +108,6 @@ protected:
     int _crlf;
     SStringList* _values;
 
-    // Makes room for one more value: a new array of count + AllocIncrem
-    // lists when no spare slot is left.
-    void _Grow();
-
     // The text form writer behind operator<<.
     void _AppendText(SString& out) const;
 
@@ -120,8 +118,8 @@ class SNamedValue : public SNLists {
 public:
     // Case-sensitive, no keys, no values array.
     SNamedValue();
-    // Copy and assignment take the case flag and every key of other.Keys()
-    // with its value.
+    // Copy and assignment take the case flag, then every key of
+    // other.Keys() with other.Get(key).
     SNamedValue(const SNamedValue& other);
     SNamedValue& operator=(const SNamedValue& other);
     ~SNamedValue() override;
@@ -143,8 +141,6 @@ public:
 
 protected:
     int* _values;
-
-    void _Grow();
 };
 
 // A small map from an int to an SString, in insertion order, searched
@@ -195,7 +191,7 @@ SString& operator<<(SString& out, const SNamedStringList& map);
 // then parses text into it; returns text.  An undefined or empty text leaves
 // the map empty.  Never fails: every line lands somewhere.  Lines before the
 // first key (a first line without a blank, or one beginning with a blank)
-// go to the empty key.
+// go to the undefined key, which the writer puts back as " value".
 const SString& operator>>(const SString& text, SNamedStringList& map);
 
 #endif

@@ -40,6 +40,38 @@ char* Put(char* p, const char* from, int n)
     return p + n;
 }
 
+// Takes one spare slot of array, which holds used slots in use.  With none
+// left, the array is first replaced by one with incr more slots; elements
+// are assigned over, so lists and strings are shared, not copied.
+template <class T>
+void TakeSlot(T*& array, int used, int& spare, int incr)
+{
+    if (spare == 0) {
+        T* grown = new T[used + incr];
+        for (int i = 0; i < used; i++)
+            grown[i] = array[i];
+        delete[] array;
+        array = grown;
+        spare = incr;
+    }
+    spare--;
+}
+
+// The keys whose slot holds a value.  The result shares the keys list and
+// drops the others from the back, so that the indexes stay valid; usually
+// nothing is dropped and nothing is copied.
+template <class HasValue>
+SStringList KeysWhere(const SStringList& keys, HasValue hasValue)
+{
+    SStringList result = keys;
+    for (int i = keys.Count() - 1; i >= 0; i--)
+        if (!hasValue(i))
+            result.Delete(i);
+    if (result.Count() == 0)
+        result.Undef();
+    return result;
+}
+
 } // namespace
 
 // ---- SNLists -------------------------------------------------------------
@@ -101,10 +133,8 @@ SNamedStringList& SNamedStringList::operator=(const SNamedStringList& other)
     Reset();
     _caseSensitive = other._caseSensitive;
     _crlf = other._crlf;
-    const int n = other._keys.Count();
-    for (int i = 0; i < n; i++)
-        if (other._values[i].Defined())
-            (*this)[other._keys.Get(i)] = other._values[i];
+    // Through the lookups, so that a copy sees what a reader of other sees.
+    other.Keys()._Each([&](const SString& key) { (*this)[key] = other.Get(key); });
     return *this;
 }
 
@@ -115,16 +145,7 @@ SNamedStringList::~SNamedStringList()
 
 SStringList SNamedStringList::Keys() const
 {
-    // Share the keys list and drop only the keys without a value, from the
-    // back so that the indexes stay valid; usually nothing is dropped and
-    // nothing is copied.
-    SStringList keys = _keys;
-    for (int i = _keys.Count() - 1; i >= 0; i--)
-        if (!_values[i].Defined())
-            keys.Delete(i);
-    if (keys.Count() == 0)
-        keys.Undef();
-    return keys;
+    return KeysWhere(_keys, [this](int i) { return _values[i].Defined(); });
 }
 
 int SNamedStringList::Delete(const SString& key)
@@ -152,25 +173,11 @@ SStringList SNamedStringList::Get(const SString& key) const
     return i < 0 ? SStringList() : _values[i];
 }
 
-void SNamedStringList::_Grow()
-{
-    if (_spare > 0)
-        return;
-    const int n = _keys.Count();
-    SStringList* grown = new SStringList[n + AllocIncrem];
-    for (int i = 0; i < n; i++)
-        grown[i] = _values[i];
-    delete[] _values;
-    _values = grown;
-    _spare = AllocIncrem;
-}
-
 SStringList& SNamedStringList::operator[](const SString& key)
 {
     int i = _Search(key);
     if (i < 0) {
-        _Grow();
-        _spare--;
+        TakeSlot(_values, _keys.Count(), _spare, AllocIncrem);
         i = _keys.Push(key) - 1;
         _values[i].Undef();
     }
@@ -194,10 +201,9 @@ SNamedValue& SNamedValue::operator=(const SNamedValue& other)
         return *this;
     Reset();
     _caseSensitive = other._caseSensitive;
-    const int n = other._keys.Count();
-    for (int i = 0; i < n; i++)
-        if (other._values[i] != -1)
-            (*this)[other._keys.Get(i)] = other._values[i];
+    const SStringList keys = other.Keys();
+    for (int i = 0; i < keys.Count(); i++)
+        (*this)[keys.Get(i)] = other.Get(keys.Get(i));
     return *this;
 }
 
@@ -208,13 +214,7 @@ SNamedValue::~SNamedValue()
 
 SStringList SNamedValue::Keys() const
 {
-    SStringList keys = _keys;
-    for (int i = _keys.Count() - 1; i >= 0; i--)
-        if (_values[i] == -1)
-            keys.Delete(i);
-    if (keys.Count() == 0)
-        keys.Undef();
-    return keys;
+    return KeysWhere(_keys, [this](int i) { return _values[i] != -1; });
 }
 
 int SNamedValue::Delete(const SString& key)
@@ -235,25 +235,11 @@ void SNamedValue::Reset()
     _values = nullptr;
 }
 
-void SNamedValue::_Grow()
-{
-    if (_spare > 0)
-        return;
-    const int n = _keys.Count();
-    int* grown = new int[n + AllocIncrem];
-    if (n > 0)
-        std::memcpy(grown, _values, n * sizeof(int));
-    delete[] _values;
-    _values = grown;
-    _spare = AllocIncrem;
-}
-
 int& SNamedValue::operator[](const SString& key)
 {
     int i = _Search(key);
     if (i < 0) {
-        _Grow();
-        _spare--;
+        TakeSlot(_values, _keys.Count(), _spare, AllocIncrem);
         i = _keys.Push(key) - 1;
         _values[i] = -1;
     }
@@ -310,15 +296,7 @@ SString& SIndexString::operator[](const int& n)
     const int i = _Find(n);
     if (i >= 0)
         return _entries[i]._value;
-    if (_spare == 0) {
-        _NumToIndex* grown = new _NumToIndex[_count + AllocIncrem];
-        for (int j = 0; j < _count; j++)
-            grown[j] = _entries[j];
-        delete[] _entries;
-        _entries = grown;
-        _spare = AllocIncrem;
-    }
-    _spare--;
+    TakeSlot(_entries, _count, _spare, AllocIncrem);
     _NumToIndex& e = _entries[_count++];
     e._num = n;
     e._value = SString();
@@ -508,7 +486,8 @@ private:
 
 const SString& operator>>(const SString& text, SNamedStringList& map)
 {
+    const SString keep(text);  // text may live inside the map that Reset empties
     map.Reset();
-    TextReader(text, map).Run();
+    TextReader(keep, map).Run();
     return text;
 }

@@ -6,56 +6,34 @@
 
 namespace {
 
-std::string Bytes(const SString& s)
-{
-    return std::string(s.Data() ? s.Data() : "", s.Length());
-}
+std::string Bytes(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
 
 TEST(SSubString, ReadsAndReplacesTheClampedRange)
 {
     struct Row {
-        const char* parent;
+        const char *parent, *viewed, *assigned, *result;
         int start, n;
-        const char* viewed;
-        const char* assigned;
-        const char* result;
     };
     const Row rows[] = {
-        {"hello world", 6, 5, "world", "there", "hello there"},
-        {"hello world", 0, 6, "hello ", "", "world"},
-        {"abcdef", -3, 5, "ab", "X", "Xcdef"},
-        {"abcdef", -9, 5, "", "X", "Xabcdef"},
-        {"abc", 10, 2, "", "Z", "abcZ"},
-        {"abc", 1, -1, "", "--", "a--bc"},
-        {"abc", 1, 99, "bc", "", "a"},
-        {"", 0, 3, "", "new", "new"},
+        {"hello world", "world", "there", "hello there", 6, 5},
+        {"hello world", "hello ", "", "world", 0, 6},
+        {"abcdef", "ab", "X", "Xcdef", -3, 5},
+        {"abcdef", "", "X", "Xabcdef", -9, 5},
+        {"abc", "", "Z", "abcZ", 10, 2},
+        {"abc", "", "--", "a--bc", 1, -1},
+        {"abc", "bc", "", "a", 1, 99},
+        {"", "", "new", "new", 0, 3},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(std::string(r.parent) + " @" + std::to_string(r.start) + "," + std::to_string(r.n));
         SString s(r.parent);
         SSubString view = s.Segment(r.start, r.n);
         EXPECT_EQ(Bytes(view), r.viewed);
+        EXPECT_TRUE(SString(view).Defined());
         view = SString(r.assigned);
         EXPECT_EQ(Bytes(s), r.result);
         EXPECT_TRUE(s.Defined());
     }
-}
-
-TEST(SSubString, UndefinedParent)
-{
-    SString undefinedParent;
-    EXPECT_FALSE(SString(undefinedParent.Segment(0, 4)).Defined());
-
-    SString empty("");
-    EXPECT_TRUE(SString(empty.Segment(0, 4)).Defined());
-
-    SString value("assigned");
-    undefinedParent.Segment(3, 4) = value;
-    EXPECT_EQ(Bytes(undefinedParent), "assigned");
-
-    SString stillUndefined;
-    stillUndefined.Segment(0, 0) = SString();
-    EXPECT_FALSE(stillUndefined.Defined());
 }
 
 TEST(SSubString, KeepsItsRangeAndLeavesSharersAlone)
@@ -69,31 +47,27 @@ TEST(SSubString, KeepsItsRangeAndLeavesSharersAlone)
     view = SString("_");
     EXPECT_EQ(Bytes(s), "01_defg56789");
     EXPECT_EQ(Bytes(sharer), "0123456789");
-
-    SSubString copy(view);
-    EXPECT_EQ(Bytes(copy), "_de");
 }
 
-TEST(SSubString, AliasingAndShrunkParents)
+TEST(SSubString, UndefinedAliasedAndShrunkParents)
 {
+    SString undefinedParent;
+    EXPECT_FALSE(SString(undefinedParent.Segment(0, 4)).Defined());
+    undefinedParent.Segment(3, 4) = SString("new");
+    EXPECT_EQ(Bytes(undefinedParent), "new");
+
     SString s("abc");
     s.Segment(1, 1) = s;
     EXPECT_EQ(Bytes(s), "aabcc");
-
-    SString t("xyz");
-    t.Segment(0, 1) = t.Segment(2, 1);
-    EXPECT_EQ(Bytes(t), "zyz");
+    s.Segment(0, 1) = s.Segment(4, 1);
+    EXPECT_EQ(Bytes(s), "cabcc");
 
     SString u("hello world");
     SSubString tail = u.Segment(6, 5);
     u = "hi";
     EXPECT_EQ(Bytes(tail), "");
-    tail = SString("!");
-    EXPECT_EQ(Bytes(u), "hi!");
-
-    SString bin("a\0b\xff", 4);
-    bin.Segment(1, 1) = SString("\0\0", 2);
-    EXPECT_EQ(Bytes(bin), std::string("a\0\0b\xff", 5));
+    tail = SString("!\0", 2);
+    EXPECT_EQ(Bytes(u), std::string("hi!\0", 4));
 }
 
 } // namespace
