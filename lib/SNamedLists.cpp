@@ -358,12 +358,11 @@ void SNamedStringList::_AppendText(SString& out) const
     if (total == 0)
         return;
 
-    // Writing through Data() is safe on this fresh, unshared string.  A text
-    // beyond the string size limit is refused by the constructor (exit 108),
-    // so the clamp never truncates what is copied.
-    const long limit = 20000001;
-    SString text(static_cast<const char*>(nullptr), static_cast<int>(total < limit ? total : limit));
-    char* p = const_cast<char*>(text.Data());
+    // A text beyond the string size limit is refused by Resize (exit 108), so
+    // the clamp never truncates what is copied.
+    const long limit = SString::AllocLimit;
+    SString text;
+    char* p = text.Resize(static_cast<int>(total < limit ? total : limit));
     auto line = [&](const SString& key, const SString& value) {
         p = Put(p, key.Data(), key.Length());
         *p++ = ' ';

@@ -58,10 +58,9 @@ SSubString& SSubString::operator=(const SString& s)
     const int afterStart = _length < len - before ? before + _length : len;
     const int after = len - afterStart;
 
-    // One buffer of the final size, filled in place: the string is fresh and
-    // unshared, so writing through Data() touches no other handle.
-    SString result(static_cast<const char*>(nullptr), before + s.Length() + after);
-    char* p = const_cast<char*>(result.Data());
+    // One buffer of the final size, filled in place.
+    SString result;
+    char* p = result.Resize(before + s.Length() + after);
     std::memcpy(p, old, before);
     if (s.Length() > 0)
         std::memcpy(p + before, s.Data(), s.Length());

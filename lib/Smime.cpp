@@ -36,16 +36,6 @@ char* EncodeTail(const unsigned char* in, int n, char* out)
     return out + 4;
 }
 
-// Makes s a new string of n bytes and returns its buffer for filling in
-// place.  The representation is this function's own, shared with no other
-// handle, so writing through the buffer cannot be seen anywhere else; this
-// spares a second buffer of the result's size and its copy.
-char* FreshBuffer(SString& s, int n)
-{
-    s = SString((const char*)0, n);
-    return const_cast<char*>(s.Data());
-}
-
 char* EndLine(char* out)
 {
     out[0] = '\r';
@@ -98,7 +88,7 @@ SString EncodeBase64(const SString& s)
     int lines = (chars + LineChars - 1) / LineChars;
     int size = chars + 2 * lines;
     SString text;
-    char* start = FreshBuffer(text, size);
+    char* start = text.Resize(size);
     char* out = start;
     const unsigned char* in = (const unsigned char*)s.Data();
     int i = 0;

@@ -10,26 +10,30 @@
 
 namespace {
 
-std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
-
-std::vector<std::string> Items(const SStringList& l)
+// A list as text: items separated by "|", an undefined item as "?", and a
+// list not marked defined prefixed with "~".
+std::string Show(const SStringList& l)
 {
-    std::vector<std::string> items;
-    for (int i = 0; i < l.Count(); i++)
-        items.push_back(Str(l.Get(i)));
-    return items;
+    std::string text = l.Defined() ? "" : "~";
+    for (int i = 0; i < l.Count(); i++) {
+        SString s = l.Get(i);
+        text += (i ? "|" : "") + (s.Defined() ? std::string(s.Data(), s.Length()) : "?");
+    }
+    return text;
 }
 
-SStringList List(std::vector<std::string> items)
+// "a|b|c" as a defined list; "" is the defined empty list.
+SStringList List(const std::string& items)
 {
     SStringList l;
     l.Reset();
-    for (auto& item : items)
-        l.Push(SString(item.data(), static_cast<int>(item.size())));
+    for (size_t start = 0; !items.empty() && start <= items.size();) {
+        size_t bar = std::min(items.find('|', start), items.size());
+        l.Push(SString(items.data() + start, static_cast<int>(bar - start)));
+        start = bar + 1;
+    }
     return l;
 }
-
-using V = std::vector<std::string>;
 
 } // namespace
 
@@ -39,157 +43,119 @@ TEST(SStringList, DefinedUndefinedAndEmpty)
     EXPECT_FALSE(l.Defined());
     EXPECT_FALSE(l.Join().Defined());
     l.Reset();
-    EXPECT_TRUE(l.Defined());
-    EXPECT_EQ(l.Count(), 0);
-    EXPECT_TRUE(l.Join().Defined());
+    EXPECT_TRUE(l.Defined() && l.Join().Defined() && l.Count() == 0);
     l.Push("a");
     l.Undef();
-    EXPECT_FALSE(l.Defined());
-    EXPECT_EQ(l.Count(), 0);
+    EXPECT_EQ(Show(l), "~");
 
     const char* texts[] = {"x", "y", nullptr};
     const char* none[] = {nullptr};
-    EXPECT_EQ(Items(SStringList(texts)), (V{"x", "y"}));
-    EXPECT_TRUE(SStringList(none).Defined());
-    EXPECT_FALSE(SStringList(static_cast<const char**>(nullptr)).Defined());
-    EXPECT_EQ(Items(SStringList(static_cast<const char*>(nullptr))), V{""});
+    EXPECT_EQ(Show(SStringList(texts)), "x|y");
+    EXPECT_EQ(Show(SStringList(none)), "");
+    EXPECT_EQ(Show(SStringList(static_cast<const char**>(nullptr))), "~");
+    EXPECT_EQ(Show(SStringList(static_cast<const char*>(nullptr))), "");
 
-    SStringList undefinedEmpty, pushed;
-    pushed.Push(undefinedEmpty);
-    EXPECT_FALSE(pushed.Defined()) << "pushing an undefined empty list adds nothing";
-    pushed.Push(List({}));
-    EXPECT_TRUE(pushed.Defined());
+    SStringList pushed;
+    pushed.Push(SStringList());
+    EXPECT_EQ(Show(pushed), "~") << "pushing an undefined empty list adds nothing";
+    pushed.Push(List(""));
+    EXPECT_EQ(Show(pushed), "");
 }
 
 TEST(SStringList, GetAndIndexingGrowOnlyOnWrite)
 {
-    SStringList l = List({"a", "b", "c"});
-    EXPECT_EQ(Str(l.Get(-1)), "c");
-    EXPECT_FALSE(l.Get(5).Defined());
-    EXPECT_FALSE(l.Get(-4).Defined());
+    SStringList l = List("a|b|c");
+    EXPECT_EQ(Show(SStringList(l.Get(-1))), "c");
+    EXPECT_FALSE(l.Get(5).Defined() || l.Get(-4).Defined());
     EXPECT_EQ(l.Count(), 3);
-
     l[5] = "f";
-    EXPECT_EQ(l.Count(), 6);
-    EXPECT_FALSE(l.Get(3).Defined());
-    EXPECT_FALSE(l.Get(4).Defined());
-    EXPECT_EQ(Str(l.Get(5)), "f");
+    EXPECT_EQ(Show(l), "a|b|c|?|?|f");
     l[-6] = "A";
-    EXPECT_EQ(Str(l.Get(0)), "A");
     l[-7] = "nowhere";
-    EXPECT_EQ(l.Count(), 6) << "an index still negative writes into no list";
+    EXPECT_EQ(Show(l), "A|b|c|?|?|f") << "an index still negative writes into no list";
 }
 
-TEST(SStringList, PushPopShiftAndSearch)
+TEST(SStringList, PushPopShiftSearchDelete)
 {
     SStringList l;
     EXPECT_EQ(l.Push("a"), 1);
-    EXPECT_EQ(l.Push(List({"b", "c"})), 3);
+    EXPECT_EQ(l.Push(List("b|c")), 3);
     EXPECT_EQ(l.Push(l), 6) << "a list pushed onto itself is appended once";
-    EXPECT_EQ(Str(l.Pop()), "c");
-    EXPECT_EQ(Str(l.Shift()), "a");
-    EXPECT_EQ(Items(l), (V{"b", "c", "a", "b"}));
+    EXPECT_EQ(Show(SStringList(l.Pop())), "c");
+    EXPECT_EQ(Show(SStringList(l.Shift())), "a");
+    EXPECT_EQ(Show(l), "b|c|a|b");
     EXPECT_EQ(l.Index("a"), 2);
     EXPECT_EQ(l.Index(SString("zz")), -1);
     EXPECT_TRUE(l.Contains("c"));
 
-    SStringList one = List({"only"});
-    EXPECT_EQ(Str(one.Shift()), "only");
-    EXPECT_EQ(one.Count(), 0);
-    EXPECT_FALSE(one.Pop().Defined());
-    EXPECT_FALSE(one.Shift().Defined());
+    EXPECT_EQ(l.Delete(-1) + l.Delete(4), 0) << "no counting from the end";
+    EXPECT_EQ(l.Delete(0), 1);
+    EXPECT_EQ(l.Delete("b"), 1);
+    EXPECT_EQ(Show(l), "c|a");
+    EXPECT_EQ(l.Delete(SString("zz")), 0);
+    EXPECT_EQ(l.Delete(1) + l.Delete(0), 2);
+    EXPECT_EQ(Show(l), "");
+    EXPECT_FALSE(l.Pop().Defined() || l.Shift().Defined());
+    EXPECT_EQ(l.Push("again"), 1);
 
     SStringList withUndefined;
     withUndefined[1] = "x";
     EXPECT_EQ(withUndefined.Index(""), 0) << "an undefined item equals the empty string";
 }
 
-TEST(SStringList, Delete)
-{
-    SStringList l = List({"a", "b", "c", "b"});
-    EXPECT_EQ(l.Delete(-1), 0);
-    EXPECT_EQ(l.Delete(4), 0);
-    EXPECT_EQ(l.Delete(0), 1);
-    EXPECT_EQ(Items(l), (V{"b", "c", "b"}));
-    EXPECT_EQ(l.Delete("b"), 1);
-    EXPECT_EQ(Items(l), (V{"c", "b"}));
-    EXPECT_EQ(l.Delete(SString("zz")), 0);
-    EXPECT_EQ(l.Delete(1), 1);
-    EXPECT_EQ(l.Delete(0), 1);
-    EXPECT_EQ(l.Count(), 0);
-    EXPECT_EQ(l.Push("again"), 1);
-}
-
 TEST(SStringList, SpliceAndSlice)
 {
-    SStringList l = List({"a", "b", "c", "d"});
-    SStringList removed = l.Splice(1, 2);
-    EXPECT_EQ(Items(removed), (V{"b", "c"}));
-    EXPECT_FALSE(removed.Defined()) << "a partial splice is not marked defined";
-    EXPECT_EQ(Items(l), (V{"a", "d"}));
-
-    l = List({"a", "b", "c", "d"});
-    removed = l.Splice(0, 4);
-    EXPECT_EQ(Items(removed), (V{"a", "b", "c", "d"}));
-    EXPECT_TRUE(l.Defined());
-    EXPECT_EQ(l.Count(), 0);
-
-    l = List({"a", "b", "c", "d"});
-    for (auto bad : {std::make_pair(2, 0), {-1, 1}, {3, 2}, {0, -1}}) {
-        EXPECT_FALSE(l.Splice(bad.first, bad.second).Defined());
-        EXPECT_EQ(l.Count(), 4);
+    struct { int offset, length; const char* removed; const char* left; } rows[] = {
+        {1, 2, "~b|c", "a|d"},  // a partial splice is deliberately not marked defined
+        {0, 4, "a|b|c|d", ""},  {0, 1, "~a", "b|c|d"}, {3, 1, "~d", "a|b|c"},
+        {2, 0, "~", "a|b|c|d"}, {-1, 1, "~", "a|b|c|d"}, {3, 2, "~", "a|b|c|d"}, {0, -1, "~", "a|b|c|d"},
+    };
+    for (auto& r : rows) {
+        SStringList l = List("a|b|c|d");
+        EXPECT_EQ(Show(l.Splice(r.offset, r.length)), r.removed) << r.offset << "," << r.length;
+        EXPECT_EQ(Show(l), r.left) << r.offset << "," << r.length;
     }
-    EXPECT_EQ(Items(l.Splice(0, 1)), V{"a"});
-    EXPECT_EQ(Items(l), (V{"b", "c", "d"}));
-    EXPECT_EQ(Items(l.Splice(1)), (V{"c", "d"}));
-    EXPECT_FALSE(l.Splice(1).Defined());
+    SStringList l = List("a|b|c|d");
+    EXPECT_EQ(Show(l.Splice(2)), "~c|d");
+    EXPECT_EQ(Show(l.Splice(2)), "~");
+    l = List("a|b|c|d");
+    EXPECT_EQ(Show(l.Splice(1, 2, List("x|y|z"))), "~b|c");
+    EXPECT_EQ(Show(l), "a|x|y|z|d");
 
-    l = List({"a", "b", "c", "d"});
-    EXPECT_EQ(Items(l.Splice(1, 2, List({"x", "y", "z"}))), (V{"b", "c"}));
-    EXPECT_EQ(Items(l), (V{"a", "x", "y", "z", "d"}));
-
-    const SStringList s = List({"a", "b", "c", "d"});
-    EXPECT_EQ(Items(s.Slice(1, 1)), V{"b"});
-    EXPECT_TRUE(s.Slice(1, 2).Defined());
-    EXPECT_FALSE(s.Slice(2, 1).Defined());
-    EXPECT_FALSE(s.Slice(0, 4).Defined());
-    EXPECT_FALSE(s.Slice(-1, 2).Defined());
+    const SStringList s = List("a|b|c|d");
+    EXPECT_EQ(Show(s.Slice(1, 1)), "b");
+    EXPECT_EQ(Show(s.Slice(1, 2)), "b|c");
+    EXPECT_EQ(Show(s.Slice(2, 1)) + Show(s.Slice(0, 4)) + Show(s.Slice(-1, 2)), "~~~");
 }
 
 TEST(SStringList, Insert)
 {
-    const SStringList xy = List({"x", "y"});
-    struct { int pos; V want; } rows[] = {
-        {0, {"x", "y", "a", "b"}}, {1, {"a", "x", "y", "b"}}, {2, {"a", "b", "x", "y"}},
-        {3, {"a", "b"}}, {-1, {"a", "b"}}};
+    struct { const char* into; const char* other; int pos; const char* want; } rows[] = {
+        {"a|b", "x|y", 0, "x|y|a|b"}, {"a|b", "x|y", 1, "a|x|y|b"}, {"a|b", "x|y", 2, "a|b|x|y"},
+        {"a|b", "x|y", 3, "a|b"},     {"a|b", "x|y", -1, "a|b"},    {"a|b", "", 1, "a|b"},
+        {"", "x|y", 2, "?|?|x|y"},    {"", "x|y", 0, "x|y"},
+    };
     for (auto& r : rows) {
-        SStringList l = List({"a", "b"});
-        l.Insert(xy, r.pos);
-        EXPECT_EQ(Items(l), r.want) << r.pos;
+        SStringList l = List(r.into), other = List(r.other);
+        l.Insert(other, r.pos);
+        EXPECT_EQ(Show(l), r.want) << r.into << " + " << r.other << " at " << r.pos;
+        EXPECT_EQ(Show(other), Show(List(r.other))) << "the inserted list is left as it was";
     }
-    SStringList l = List({"a", "b"});
-    l.Insert(List({}), 1);
-    EXPECT_EQ(Items(l), (V{"a", "b"}));
+    SStringList l = List("a|b");
     l.Insert(l, 1);
-    EXPECT_EQ(Items(l), (V{"a", "a", "b", "b"})) << "a list inserted into itself";
-
-    SStringList empty;
-    empty.Insert(xy, 2);
-    EXPECT_EQ(Items(empty), (V{"", "", "x", "y"}));
-    EXPECT_FALSE(empty.Get(0).Defined());
-    EXPECT_EQ(Items(xy), (V{"x", "y"})) << "the inserted list is left as it was";
-    SStringList empty2;
-    empty2.Insert(xy, 0);
-    EXPECT_EQ(Items(empty2), (V{"x", "y"}));
+    EXPECT_EQ(Show(l), "a|a|b|b") << "a list inserted into itself";
 }
 
 TEST(SStringList, JoinAllocatesOnceAndKeepsBytes)
 {
-    EXPECT_EQ(Str(List({"a", "", "b"}).Join(", ")), "a, , b");
-    EXPECT_EQ(Str(List({"ab", "c"}).Join()), "abc");
-    EXPECT_EQ(Str(List({"one"}).Join("-")), "one");
-    EXPECT_EQ(Str(List({std::string("\0", 1), "x"}).Join(SString("\0", 1))), std::string("\0\0x", 3));
-    EXPECT_EQ(Length(List({"ab", "c"})), 3);
+    EXPECT_EQ(Show(SStringList(List("a||b").Join(", "))), "a, , b");
+    EXPECT_EQ(Show(SStringList(List("||x").Join(","))), ",,x");
+    EXPECT_EQ(Show(SStringList(List("ab|c").Join())), "abc");
+    EXPECT_EQ(Show(SStringList(List("one").Join("-"))), "one");
+    SStringList withNul = List("x");
+    withNul.Push(SString("\0", 1));
+    EXPECT_EQ(withNul.Join(SString("\0", 1)), SString("x\0\0", 3));
+    EXPECT_EQ(Length(List("ab|c")), 3);
     EXPECT_EQ(Length(SStringList()), 0);
 }
 
@@ -199,67 +165,58 @@ TEST(SStringList, SortReverseUnique)
     // unsigned byte order with the shorter string first.
     std::mt19937 rng(42);
     std::vector<std::string> words;
+    SStringList l;
     for (int i = 0; i < 500; i++) {
         std::string w(rng() % 4, 'a');
         for (auto& c : w)
             c = "ab\0\xff"[rng() % 4];
         words.push_back(w);
+        l.Push(SString(w.data(), static_cast<int>(w.size())));
     }
-    SStringList l = List(words);
     SStringList copy(l);
+    l.Sort();
     std::sort(words.begin(), words.end());
-    EXPECT_EQ(Items(l.Sort()), words);
-    EXPECT_NE(Items(copy), words) << "sorting unshares";
+    for (size_t i = 0; i < words.size(); i++)
+        ASSERT_EQ(l.Get(static_cast<int>(i)), SString(words[i].data(), static_cast<int>(words[i].size()))) << i;
+    EXPECT_FALSE(copy.Get(0) == l.Get(0) && copy.Get(-1) == l.Get(-1)) << "sorting unshares";
 
-    std::reverse(words.begin(), words.end());
-    EXPECT_EQ(Items(l.Reverse()), words);
-    EXPECT_EQ(Items(List({"a", "b", "c"}).Reverse()), (V{"c", "b", "a"}));
-
-    EXPECT_EQ(Items(List({"a", "a", "b", "a"}).Unique()), (V{"a", "b", "a"}));
-    EXPECT_EQ(Items(List({"a", "a", "a"}).Unique()), V{"a"});
-    EXPECT_EQ(List({}).Sort().Count(), 0);
+    EXPECT_EQ(Show(List("a|b|c").Reverse()), "c|b|a");
+    EXPECT_EQ(Show(List("a|b|c|d").Reverse()), "d|c|b|a");
+    EXPECT_EQ(Show(List("a|a|b|a").Unique()), "a|b|a");
+    EXPECT_EQ(Show(List("a|a|a").Unique()), "a");
+    EXPECT_EQ(Show(List("").Sort()), "");
 }
 
 TEST(SStringList, CopiesAreIsolatedExceptForChop)
 {
-    const SStringList original = List({"ab", "cd"});
+    const SStringList original = List("ab|cd");
     auto mutators = std::vector<void (*)(SStringList&)>{
-        [](SStringList& l) { l.Push("x"); },
-        [](SStringList& l) { l.Pop(); },
-        [](SStringList& l) { l.Shift(); },
-        [](SStringList& l) { l.Delete(0); },
-        [](SStringList& l) { l[0] = "zz"; },
-        [](SStringList& l) { l.Insert(List({"q"}), 1); },
-        [](SStringList& l) { l.Splice(0, 1); },
-        [](SStringList& l) { l.Reverse(); },
-        [](SStringList& l) { l.Reset(); },
-        [](SStringList& l) { l = "other"; },
+        [](SStringList& l) { l.Push("x"); },   [](SStringList& l) { l.Pop(); },
+        [](SStringList& l) { l.Shift(); },     [](SStringList& l) { l.Delete(0); },
+        [](SStringList& l) { l[0] = "zz"; },   [](SStringList& l) { l.Insert(List("q"), 1); },
+        [](SStringList& l) { l.Splice(0, 1); }, [](SStringList& l) { l.Reverse(); },
+        [](SStringList& l) { l.Reset(); },     [](SStringList& l) { l = "other"; },
     };
     for (auto mutate : mutators) {
         SStringList copy(original);
         mutate(copy);
-        EXPECT_EQ(Items(original), (V{"ab", "cd"}));
+        EXPECT_EQ(Show(original), "ab|cd");
     }
-
     SStringList shared(original);
     EXPECT_EQ(shared.Chop(), 'd');
-    EXPECT_EQ(Items(original), (V{"a", "c"})) << "Chop changes every handle on the list";
+    EXPECT_EQ(Show(original), "a|c") << "Chop changes every handle on the list";
     EXPECT_EQ(SStringList().Chop(), '\0');
 }
 
 TEST(SStringList, CharArray)
 {
-    char** texts = List({"ab", "", "c"});
+    char** texts = List("ab||c");
     ASSERT_NE(texts, nullptr);
-    EXPECT_STREQ(texts[0], "ab");
-    EXPECT_STREQ(texts[1], "");
-    EXPECT_STREQ(texts[2], "c");
-    EXPECT_EQ(texts[3], nullptr);
-    EXPECT_EQ(texts[1], texts[0] + 3) << "one block, texts back to back";
+    EXPECT_EQ(std::string(texts[0], 6), std::string("ab\0\0c\0", 6)) << "one block, texts back to back";
+    EXPECT_TRUE(texts[1] == texts[0] + 3 && texts[2] == texts[0] + 4 && texts[3] == nullptr);
     delete[] texts[0];
     delete[] texts;
-
-    char** none = List({});
+    char** none = List("");
     ASSERT_NE(none, nullptr);
     EXPECT_EQ(none[0], nullptr);
     delete[] none;
@@ -272,7 +229,7 @@ TEST(SStringList, StreamsRoundTripByteForByte)
     std::istringstream in(text);
     SStringList l;
     in >> l;
-    EXPECT_EQ(Items(l), (V{"first\n", "second\r\n", "\n", "last without end"}));
+    EXPECT_EQ(Show(l), "first\n|second\r\n|\n|last without end");
     std::ostringstream out;
     out << l;
     EXPECT_EQ(out.str(), text);
@@ -280,14 +237,11 @@ TEST(SStringList, StreamsRoundTripByteForByte)
 
 TEST(SStringList, FreeFunctionsLeaveTheArgumentAlone)
 {
-    const SStringList paths = List({"/a/x.tmp", "y.tmp", "z"});
-    EXPECT_EQ(Items(BaseName(paths, ".tmp")), (V{"x", "y", "z"}));
-    const SStringList words = List({"MiXed", "ok"});
-    EXPECT_EQ(Items(LowerCase(words)), (V{"mixed", "ok"}));
-    EXPECT_EQ(Items(UpperCase(words)), (V{"MIXED", "OK"}));
-    EXPECT_EQ(Items(words), (V{"MiXed", "ok"}));
-    EXPECT_TRUE(LowerCase(List({})).Defined());
-    EXPECT_FALSE(UpperCase(SStringList()).Defined());
+    EXPECT_EQ(Show(BaseName(List("/a/x.tmp|y.tmp|z"), ".tmp")), "x|y|z");
+    const SStringList words = List("MiXed|ok");
+    EXPECT_EQ(Show(LowerCase(words)) + " " + Show(UpperCase(words)), "mixed|ok MIXED|OK");
+    EXPECT_EQ(Show(words), "MiXed|ok");
+    EXPECT_EQ(Show(LowerCase(List(""))) + Show(UpperCase(SStringList())), "~");
 }
 
 TEST(SStringList, DebugDump)
@@ -296,9 +250,8 @@ TEST(SStringList, DebugDump)
     SStringList().Debug(1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Undefined\n");
 
-    SStringList l = List({"a\tb"});
     testing::internal::CaptureStderr();
-    l.Debug(1);
+    List("a\tb").Debug(1);
     std::string dump = testing::internal::GetCapturedStderr();
     EXPECT_EQ(dump.substr(0, 38), "Number of Links: 1\nNumber of Items: 1\n");
     EXPECT_NE(dump.find("\nFlags:           1\nPrev: 0x"), std::string::npos);

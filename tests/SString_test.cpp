@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <sstream>
 #include <string>
 
@@ -176,6 +177,7 @@ TEST(SString, CopiesAreIsolatedFromEveryMutator)
         [](SString& s) { s.Chop(); },
         [](SString& s) { s.LowerCase(); },
         [](SString& s) { s.UpperCase(); },
+        [](SString& s) { s.Resize(2)[0] = 'J'; },
     };
     for (auto mutate : mutators) {
         SString copy(original);
@@ -183,6 +185,12 @@ TEST(SString, CopiesAreIsolatedFromEveryMutator)
         EXPECT_EQ(Str(original), "Hello");
         EXPECT_NE(Str(copy), "Hello");
     }
+    SString grown;
+    std::memcpy(grown.Resize(3), "xyz", 3);
+    EXPECT_EQ(Str(grown), "xyz");
+    grown.Resize(5);
+    EXPECT_EQ(Str(grown), std::string("xyz\0\0", 5)) << "new bytes are NUL";
+
     SString a("abc"), b(a);
     b.Chop();
     EXPECT_EQ(Str(a), "abc");
