@@ -12,5 +12,7 @@
 #include "Smisc.h"
 #include "Sprocess.h"
 #include "Ssecurity.h"
+#include "SMessage.h"
+#include "halyard.h"
 
 #endif

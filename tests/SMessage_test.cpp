@@ -1,0 +1,235 @@
+// Spool files and requests, against a private root directory, with real UDP
+// sockets on 127.0.0.1 and real child processes.
+#include "SMessage.h"
+
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "spool_fixture.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class Spool : public SpoolTest {};
+
+TEST_F(Spool, FileNamesTraceAndReadBack)
+{
+    SControl control;
+    SHeader header;
+    struct Row {
+        SMessage* file;
+        const char* given;
+        SString stored, id;
+    } rows[] = {
+        {&control, "abc", root + "/control/abc-Control", "abc"},
+        {&control, "/tmp/x-Control", "/tmp/x-Control", "x"},
+        {&header, "/a/b", root + "/messages//a/b-Header", "b"},
+    };
+    for (const Row& row : rows) {
+        row.file->PutFilename(row.given);
+        EXPECT_EQ(row.stored, row.file->SMessage::GetFilename()) << row.given;
+        EXPECT_EQ(row.id, row.file->GetFilename()) << row.given;
+    }
+
+    SControl unnamed;
+    unnamed["Trace:"].Push("smtp");
+    unnamed["Function:"].Push("Deliver");
+    EXPECT_EQ(0, unnamed.Write());
+    EXPECT_EQ(SMessage::ErrNoFilename, unnamed.ErrorCode());
+    EXPECT_EQ(0, unnamed.Read("missing"));
+    EXPECT_EQ(0, unnamed.ErrorCode());
+    // Every write adds a trace entry and moves the key last, the failed one
+    // above included.
+    ASSERT_TRUE(unnamed.Write("m1") && unnamed.Write());
+    EXPECT_EQ(SString("Function: Deliver\nTrace: smtp\nTrace: relay\nTrace: relay\nTrace: relay\n"),
+              Text("control/m1-Control"));
+    ASSERT_EQ(1, control.Read("m1"));
+    EXPECT_EQ(SString("Function: Trace:"), control.Keys().Join(" "));
+    std::ofstream((root + "/control/empty-Control").Data());
+    EXPECT_EQ(1, control.Read("empty"));
+    EXPECT_FALSE(control.Keys().Defined());
+}
+
+TEST_F(Spool, FailedWriteKeepsTheOldFileAndLeavesNoTemp)
+{
+    SControl control;
+    control["Function:"].Push("Deliver");
+    ASSERT_EQ(1, control.Write("m1"));
+    SString old = Text("control/m1-Control");
+    Touch("control/m1-Control.temp");  // stale: this write fails and clears it
+    EXPECT_EQ(0, control.Write());
+    MakeDir(root + "/control/dir-Control", 0700);  // the rename fails
+    EXPECT_EQ(0, control.Write("dir"));
+    EXPECT_EQ(0, control.Write(root + "/none/m2-Control"));
+    EXPECT_EQ(old, Text("control/m1-Control"));
+    EXPECT_EQ(SString("dir-Control m1-Control"), Names("control"));
+}
+
+TEST_F(Spool, DeferRemoveAndLink)
+{
+    SControl control;
+    control["Host-To:"].Push("mx.example");
+    ASSERT_TRUE(control.Write("m1") && control.Defer());
+    EXPECT_EQ(SString("m1-Control"), Names("deferred/relay/mx.example"));
+
+    // header, body, control present -> result; all three always go.
+    struct Row {
+        bool exists[3];
+        int result;
+    } rows[] = {{{1, 1, 1}, 1}, {{0, 0, 1}, 1}, {{1, 0, 1}, 0}, {{0, 1, 1}, 0}, {{1, 1, 0}, 0}};
+    const char* paths[] = {"messages/m1-Header", "messages/m1-Body", "control/m1-Control"};
+    for (const Row& row : rows) {
+        for (int i = 0; i < 3; i++)
+            if (row.exists[i])
+                Touch(paths[i]);
+        EXPECT_EQ(row.result, control.RemoveMessage()) << (&row - rows);
+        EXPECT_EQ(SString(""), Names("messages") + Names("control"));
+    }
+
+    Touch("messages/m1-Header");
+    EXPECT_EQ(0, control.LinkMessage("m3"));  // no body: the new header goes again
+    Touch("messages/m1-Body");
+    EXPECT_EQ(1, control.LinkMessage("m3"));
+    EXPECT_EQ(SString("m1-Body m1-Header m3-Body m3-Header"), Names("messages"));
+}
+
+// Writers keep replacing one control file while readers keep reading it;
+// every read must find one writer's complete file.
+TEST_F(Spool, ReplacementIsAtomicUnderConcurrentWritersAndReaders)
+{
+    auto write = [](int round) {
+        SControl control;
+        for (int k = 0; k < 20; k++)
+            control[SString("Key-") + SString(k) + ":"].Push(SString(round));
+        return control.Write("shared");
+    };
+    auto readWhole = [] {
+        SControl control;
+        SStringList keys = control.Read("shared") ? control.Keys() : SStringList();
+        int same = 0;
+        for (int k = 0; k < 20; k++)
+            same += control.Get(keys.Get(k)).Join() == control.Get("Key-0:").Get(0);
+        return keys.Count() == 21 && same == 20;
+    };
+    ASSERT_EQ(1, write(0));
+    Clock::time_point until = Clock::now() + std::chrono::milliseconds(700);
+    std::vector<pid_t> children;
+    for (int writer = 1; writer <= 6; writer++)
+        children.push_back(Spawn([&] {
+            for (int round = writer * 100000; Clock::now() < until; round++)
+                if (writer % 2 ? !write(round) : !readWhole())
+                    return 1;
+            return 0;
+        }));
+    for (pid_t child : children)
+        EXPECT_EQ(0, Status(child));
+    EXPECT_EQ(SString("shared-Control"), Names("control"));
+}
+
+TEST_F(Spool, NotifySendsTheNoticeToTheDispatchPort)
+{
+    Receiver dispatcher;
+    std::string port = std::to_string(dispatcher.port), fraction = port + ".9";
+    SControl full, bare;
+    full["Function:"] = SStringList("Deliver");
+    full["Function:"].Push("ignored");
+    full["Control-Type:"] = SStringList("Message");
+    full["Priority:"] = SStringList("2");
+    full.PutFilename("m1");
+    bare.PutFilename("/elsewhere/m2-Control");
+    struct Row {
+        SControl* control;
+        const char* setting;  // null: unset
+        const char* notice;   // null: nothing is sent
+    } rows[] = {
+        {&full, port.c_str(), "m1\nDeliver\nMessage\n2"}, {&bare, fraction.c_str(), "m2\n\n\n"},
+        {&full, nullptr, nullptr}, {&full, "0", nullptr}, {&full, "-7", nullptr},
+        {&full, "65536", nullptr}, {&full, "65537", nullptr},
+    };
+    for (const Row& row : rows) {
+        row.setting ? setenv("DispatchSocket", row.setting, 1) : unsetenv("DispatchSocket");
+        EXPECT_EQ(row.notice != nullptr, row.control->Notify()) << row.setting;
+        EXPECT_EQ(row.notice ? row.notice : "none", dispatcher.Next(row.notice ? 1.0 : 0.05));
+    }
+}
+
+// A child process plays the dispatcher and the answering module: it takes
+// the notice, reads the request it names and hands it to answer().
+class Requests : public SpoolTest {
+protected:
+    void SetUp() override
+    {
+        SpoolTest::SetUp();
+        setenv("DispatchSocket", std::to_string(dispatcher.port).c_str(), 1);
+    }
+    pid_t Serve(std::function<int(SRequest&)> answer)
+    {
+        return Spawn([this, answer] {
+            std::string notice = dispatcher.Next(5.0);
+            setenv("ModuleName", "resolver", 1);
+            SControl control;
+            if (!control.Read(notice.substr(0, notice.find('\n')).c_str()))
+                return 10;
+            SRequest request(control);
+            return notice.find("\nLookup\nRequest\n3") == std::string::npos ? 11 : answer(request);
+        });
+    }
+    Receiver dispatcher;
+};
+
+TEST_F(Requests, AskAndAnswerRoundTrip)
+{
+    pid_t child = Serve([](SRequest& request) {
+        request["Answer:"] = request.Get("Question:");
+        return request.Answer() ? 0 : 12;
+    });
+    SControl control;
+    control["Question:"] = SStringList("postmaster");
+    SRequest request(control);
+    ASSERT_EQ(1, request.Ask("Lookup", 5.0));
+    EXPECT_EQ(0, Status(child));
+    EXPECT_EQ(SString("postmaster"), request.Get("Answer:").Get(0));
+    EXPECT_EQ(SString("relay resolver"), request.Get("Trace:").Join(" "));
+    EXPECT_EQ(SString(""), Names("control"));
+}
+
+TEST_F(Requests, FailedAsksLeaveNothingBehind)
+{
+    SRequest request;
+    Clock::time_point start = Clock::now();
+    EXPECT_EQ(0, request.Ask("Lookup", 0.3));  // nobody answers
+    std::chrono::duration<double> waited = Clock::now() - start;
+    EXPECT_TRUE(waited.count() > 0.28 && waited.count() < 3.0) << waited.count();
+    EXPECT_NE(std::string::npos, dispatcher.Next(0.1).find("\nLookup\nRequest\n3"));
+    EXPECT_EQ(SString(""), Names("control"));
+
+    pid_t child = Serve([](SRequest& request) {
+        Receiver sender;
+        sockaddr_in to = Receiver::To(atoi(request.Get("Return-Path:").Get(0).Data()));
+        return sendto(sender.fd, "00", 2, 0, reinterpret_cast<sockaddr*>(&to), sizeof to) == 2 ? 0 : 12;
+    });
+    EXPECT_EQ(0, request.Ask("Lookup", 5.0));  // two bytes are not an answer
+    EXPECT_EQ(0, Status(child));
+    EXPECT_EQ(SString(""), Names("control"));
+
+    unsetenv("DispatchSocket");
+    EXPECT_EQ(0, request.Ask("Lookup", 5.0));
+    EXPECT_EQ(SString(""), Names("control"));
+}
+
+TEST_F(Requests, AnswerTakesPortsUpTo65535)
+{
+    SRequest request;
+    request.PutFilename("m1");
+    request["Return-Path:"] = SStringList("65536");
+    EXPECT_EQ(0, request.Answer());
+    EXPECT_EQ(SString(""), Names("control"));  // the asker will time out
+    request["Return-Path:"] = SStringList(SString(dispatcher.port) + ".5");
+    EXPECT_EQ(1, request.Answer());
+    EXPECT_EQ("0", dispatcher.Next(1.0));
+}
+
+}  // namespace
