@@ -93,11 +93,11 @@ public:
     // with "g", a pattern that matches the empty string before the end of
     // the target never returns (intended; do not use such patterns with "g").
     SStringList Subst(SString& target, const SString& replacement,
-                      const char* flags = 0) const;
+        const char* flags = 0) const;
 
 protected:
-    regex_t* _regex;          // owned; null when nothing is compiled
-    regmatch_t* _matches;     // owned; MatchEntries entries
+    regex_t* _regex;       // owned; null when nothing is compiled
+    regmatch_t* _matches;  // owned; MatchEntries entries
     int _status;
 
     // Allocates and compiles; a pattern of length 0 is refused with
@@ -153,7 +153,7 @@ SString PerlRegexConv(const SString& perl);
 
 // Translation error codes; their texts are those RegexError prints.
 enum {
-    RegexTrailingBackslash = 1,   // not raised by PerlRegexConv
+    RegexTrailingBackslash = 1,  // not raised by PerlRegexConv
     RegexTooManyGroups = 2,
     RegexUnmatchedOpen = 3,
     RegexUnterminatedRange = 4,
@@ -222,9 +222,9 @@ void AppendPasteBuffer(SString* out, const SString& replacement, const SStringLi
 
 // Grep diagnostic codes.
 enum {
-    GrepNoTest = 1,        // "Grep called without a valid test field."
-    GrepUnknownTest = 2,   // "Unknown test type for Grep function"
-    GrepIncomplete = 3     // "Incomplete expression in Grep function call"
+    GrepNoTest = 1,       // "Grep called without a valid test field."
+    GrepUnknownTest = 2,  // "Unknown test type for Grep function"
+    GrepIncomplete = 3    // "Incomplete expression in Grep function call"
 };
 
 // Prints the text of code (if known) and "The test field for Grep was

@@ -46,11 +46,11 @@ public:
 
     // Construction.  Numbers are formatted with "%d", "%ld" and "%.16g"
     // (a float is widened to double first).
-    SString();                          // undefined
-    SString(const SString& s);          // shares s
-    SString(const char* s);             // defined copy; null gives ""
-    SString(const char* s, int n);      // exactly n bytes (n < 0 is 0); null s gives n NULs
-    SString(char c, int n);             // n copies of c (n < 0 is 0)
+    SString();                      // undefined
+    SString(const SString& s);      // shares s
+    SString(const char* s);         // defined copy; null gives ""
+    SString(const char* s, int n);  // exactly n bytes (n < 0 is 0); null s gives n NULs
+    SString(char c, int n);         // n copies of c (n < 0 is 0)
     SString(int i);
     SString(long l);
     SString(double d);
@@ -79,7 +79,7 @@ public:
 
     // Accessors.
     int Length() const { return _rep->_len; }
-    const char* Data() const { return _rep->_buf; }          // null when undefined
+    const char* Data() const { return _rep->_buf; }  // null when undefined
     int Defined() const { return _rep->_alloc > 0; }
 
     // The byte at i, by value; a negative i counts from the end.  Out of
@@ -237,6 +237,6 @@ protected:
 
 static_assert(sizeof(SString) == sizeof(void*), "an SString is one pointer");
 static_assert(sizeof(SStringRep) <= sizeof(char*) + 3 * sizeof(int) + 4,
-              "the representation holds only buffer, length, links, size");
+    "the representation holds only buffer, length, links, size");
 
 #endif

@@ -62,11 +62,11 @@ class SStringList {
 public:
     static const int MaxItems = 100000;
 
-    SStringList();                          // undefined, no items
-    SStringList(const SStringList& l);      // shares l
-    SStringList(const SString& s);          // defined, one item
-    SStringList(const char* s);             // defined, one item ("" for null)
-    SStringList(const char** texts);        // null-terminated array; null gives undefined
+    SStringList();                      // undefined, no items
+    SStringList(const SStringList& l);  // shares l
+    SStringList(const SString& s);      // defined, one item
+    SStringList(const char* s);         // defined, one item ("" for null)
+    SStringList(const char** texts);    // null-terminated array; null gives undefined
     ~SStringList();
 
     // Assignment from a list shares; the other forms Reset and fill (a null
@@ -224,7 +224,7 @@ std::istream& operator>>(std::istream& is, SStringList& l);
 
 static_assert(sizeof(SStringList) == sizeof(void*), "an SStringList is one pointer");
 static_assert(sizeof(SStringListRep) <= sizeof(void*) + 3 * sizeof(int) + 4,
-              "the representation holds only root, count, links, flags");
+    "the representation holds only root, count, links, flags");
 static_assert(sizeof(SStringItem) == 3 * sizeof(void*), "an item is its string and two links");
 
 #endif

@@ -22,8 +22,8 @@
 // waiting exclusive lock, LockShared a shared try, LockWait | LockShared a
 // waiting shared lock.
 enum {
-    LockWait = 1,    // block until the lock is granted (else fail at once)
-    LockShared = 2   // shared lock (else exclusive)
+    LockWait = 1,   // block until the lock is granted (else fail at once)
+    LockShared = 2  // shared lock (else exclusive)
 };
 
 // access(path, F_OK / R_OK / W_OK / X_OK) succeeds, for the real user.

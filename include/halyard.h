@@ -33,7 +33,7 @@
 // "Error-Text:" and (errno nonzero) "Error-Number:", keeps every other key
 // and the file name, writes it (adding this module to "Trace:") and notifies.
 void ProcessError(SControl& control, const SString& what, const SString& where,
-                  const SStringList& text);
+    const SStringList& text);
 // Writes a new error report file and notifies.
 void ProcessError(const SString& what, const SString& where, const SStringList& text);
 // As the form above, with its own counter, for a failure concerning control;
@@ -43,7 +43,7 @@ void ProcessError(const SString& what, const SString& where, const SStringList& 
 // joined without separator + "\n" to the standard error stream, so that an
 // error about an error report cannot start an endless chain of reports.
 void ProcessNotifyError(const SControl& control, const SString& what,
-                        const SString& where, const SStringList& text);
+    const SString& where, const SStringList& text);
 
 // Installs NewHandler for failed allocations with new; call once at start.
 void SetNewHandler();

@@ -19,7 +19,8 @@ namespace {
 // White space for Split(' '): POSIX syntax, compiled as it stands, once.
 // Built on first use, so that Split(' ') also works from other modules'
 // static initialisers.
-const SRegex& WhiteSpaceRegex() {
+const SRegex& WhiteSpaceRegex()
+{
     static const SRegex whiteSpace{SString("[ \t\r\n]+")};
     return whiteSpace;
 }
@@ -27,26 +28,31 @@ const SRegex& WhiteSpaceRegex() {
 // Bytes that a one-character separator must escape to be taken literally.
 const char RegexSpecials[] = "$()*+.?[\\]^{|}";
 
-int HasFlag(const char* flags, char letter) {
+int HasFlag(const char* flags, char letter)
+{
     return flags && strchr(flags, letter);
 }
 
 }  // namespace
 
-SStringList SString::M(const SString& pattern, const char* flags) const {
+SStringList SString::M(const SString& pattern, const char* flags) const
+{
     SPerlRegex re(pattern, flags);
     return M(re);
 }
 
-SStringList SString::M(const char* pattern, const char* flags) const {
+SStringList SString::M(const char* pattern, const char* flags) const
+{
     return M(SString(pattern), flags);
 }
 
-SStringList SString::M(const SRegex& re) const {
+SStringList SString::M(const SRegex& re) const
+{
     return re.Match(*this, 0);
 }
 
-SStringList SString::S(const SString& pattern, const SString& replacement, const char* flags) {
+SStringList SString::S(const SString& pattern, const SString& replacement, const char* flags)
+{
     if (pattern.Length() > 0) {
         SPerlRegex re(pattern, flags);
         return re.Subst(*this, replacement, flags);
@@ -65,11 +71,13 @@ SStringList SString::S(const SString& pattern, const SString& replacement, const
     return SStringList("");
 }
 
-SStringList SString::S(const char* pattern, const SString& replacement, const char* flags) {
+SStringList SString::S(const char* pattern, const SString& replacement, const char* flags)
+{
     return S(SString(pattern), replacement, flags);
 }
 
-SStringList SString::S(const SRegex& re, const SString& replacement, const char* flags) {
+SStringList SString::S(const SRegex& re, const SString& replacement, const char* flags)
+{
     return re.Subst(*this, replacement, flags);
 }
 
@@ -77,7 +85,8 @@ SStringList SString::S(const SRegex& re, const SString& replacement, const char*
 // gives a leading empty field, adjacent separators an empty field between
 // them, a trailing separator no field; empty fields at a match do not count
 // against the limit; an empty match splits off one character.
-SStringList SString::Split(const SRegex& re, int limit) const {
+SStringList SString::Split(const SRegex& re, int limit) const
+{
     SStringList result;
     if (re.Status() != 0)
         return result;
@@ -112,20 +121,23 @@ SStringList SString::Split(const SRegex& re, int limit) const {
     return result;
 }
 
-SStringList SString::Split(const SString& separator, int limit) const {
+SStringList SString::Split(const SString& separator, int limit) const
+{
     if (separator.Length() == 0)
         return _SplitChars(limit);
     SPerlRegex re(separator);
     return Split(re, limit);
 }
 
-SStringList SString::Split(const char* separator, int limit) const {
+SStringList SString::Split(const char* separator, int limit) const
+{
     if (!separator || !*separator)
         return _SplitChars(limit);
     return Split(SString(separator), limit);
 }
 
-SStringList SString::Split(char separator, int limit) const {
+SStringList SString::Split(char separator, int limit) const
+{
     if (separator == ' ') {
         SStringList result = Split(WhiteSpaceRegex(), limit);
         if (result.Count() >= 2 && result.Get(0).Length() == 0)
@@ -139,7 +151,8 @@ SStringList SString::Split(char separator, int limit) const {
     return Split(pattern, limit);
 }
 
-SStringList SStringList::Grep(const SRegex& re, int mode) const {
+SStringList SStringList::Grep(const SRegex& re, int mode) const
+{
     if (!Defined() || re.Status() != 0)
         return SStringList();
     SStringList matched;
@@ -157,8 +170,8 @@ namespace {
 // A Grep test expression taken apart: its kind, the file-test letter or the
 // delimiter, and for pattern tests the pattern, replacement and options.
 struct GrepTest {
-    char kind;          // 0 none, 'f' file test, 'm' match, 's' substitution
-    char letter;        // file-test letter or delimiter
+    char kind;    // 0 none, 'f' file test, 'm' match, 's' substitution
+    char letter;  // file-test letter or delimiter
     int negate;
     SString pattern;
     SString replacement;
@@ -169,10 +182,11 @@ struct GrepTest {
 class GrepReader {
 public:
     explicit GrepReader(const SString& test)
-        : _test(test), _text(test.Data() ? test.Data() : ""), _length(test.Length()), _pos(0) {}
+        : _test(test), _text(test.Data() ? test.Data() : ""), _length(test.Length()), _pos(0) { }
 
     // The opener: negations, blanks and the kind of test.
-    void Opener(GrepTest& t) {
+    void Opener(GrepTest& t)
+    {
         t.kind = 0;
         t.letter = '/';
         t.negate = 0;
@@ -192,7 +206,8 @@ public:
 
     // Pattern, replacement (substitution only) and options.  A missing
     // closing delimiter is not an error: the field runs to the end.
-    void PatternFields(GrepTest& t) {
+    void PatternFields(GrepTest& t)
+    {
         if (t.letter == '\0')
             GrepError(GrepIncomplete, _test);
         t.pattern = _Field(t.letter);
@@ -209,7 +224,8 @@ private:
 
     // The text up to the next unescaped delimiter (or the end); a backslash
     // keeps itself and the byte after it.
-    SString _Field(char delimiter) {
+    SString _Field(char delimiter)
+    {
         std::string field;
         while (_pos < _length) {
             char c = _text[_pos++];
@@ -227,7 +243,8 @@ private:
         return SString(field.data(), static_cast<int>(field.size()));
     }
 
-    char _Next() {
+    char _Next()
+    {
         if (_pos >= _length)
             return '\0';
         return _text[_pos++];
@@ -236,7 +253,8 @@ private:
 
 typedef int (*FileTest)(const SString&);
 
-FileTest FileTestOf(char letter) {
+FileTest FileTestOf(char letter)
+{
     switch (letter) {
     case 'd': return IsDirectory;
     case 'e': return FileExists;
@@ -250,7 +268,8 @@ FileTest FileTestOf(char letter) {
 
 }  // namespace
 
-SStringList SStringList::Grep(const SString& test, SStringList* rest) {
+SStringList SStringList::Grep(const SString& test, SStringList* rest)
+{
     if (rest && rest != this)
         rest->Undef();
     if (!Defined())
@@ -295,7 +314,8 @@ SStringList SStringList::Grep(const SString& test, SStringList* rest) {
     return t.negate ? failed : passed;
 }
 
-void GrepError(int code, const SString& test) {
+void GrepError(int code, const SString& test)
+{
     static const char* const texts[] = {
         0,
         "Grep called without a valid test field.",

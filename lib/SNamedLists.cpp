@@ -72,7 +72,7 @@ SStringList KeysWhere(const SStringList& keys, HasValue hasValue)
     return result;
 }
 
-} // namespace
+}  // namespace
 
 // ---- SNLists -------------------------------------------------------------
 
@@ -413,9 +413,9 @@ private:
     const char* _p;
     int _len;
     int _eol;
-    int _pos;               // start of the next line
-    SStringList* _values;   // the current key's values; null before the first key
-    const char* _keyAt;     // the current key's bytes in the text
+    int _pos;              // start of the next line
+    SStringList* _values;  // the current key's values; null before the first key
+    const char* _keyAt;    // the current key's bytes in the text
     int _keyLen;
 
     // End of the line that starts at from: the position of the next EOL, or
@@ -481,7 +481,7 @@ private:
     }
 };
 
-} // namespace
+}  // namespace
 
 const SString& operator>>(const SString& text, SNamedStringList& map)
 {

@@ -29,7 +29,8 @@ const char* const ErrorTexts[] = {
 const int ErrorCount = sizeof ErrorTexts / sizeof ErrorTexts[0];
 
 // The control byte for \f \n \r \t \v, or 0 for any other letter.
-char ControlEscape(char c) {
+char ControlEscape(char c)
+{
     switch (c) {
     case 'f': return '\f';
     case 'n': return '\n';
@@ -41,22 +42,28 @@ char ControlEscape(char c) {
 }
 
 // The members of the class behind a class escape, or null for other bytes.
-const char* ClassMembers(char c) {
+const char* ClassMembers(char c)
+{
     switch (c) {
-    case 'd': case 'D': return "0-9";
-    case 's': case 'S': return " \f\n\r\t\v";
-    case 'w': case 'W': return "A-Za-z_0-9";
+    case 'd':
+    case 'D': return "0-9";
+    case 's':
+    case 'S': return " \f\n\r\t\v";
+    case 'w':
+    case 'W': return "A-Za-z_0-9";
     case 'N': return "\n";
     default: return 0;
     }
 }
 
-int IsNegatedClass(char c) {
+int IsNegatedClass(char c)
+{
     return c == 'D' || c == 'S' || c == 'W' || c == 'N';
 }
 
 // Appends the translation of the escape "\c"; returns an error code or 0.
-int TranslateEscape(std::string& out, char c, int inBracket) {
+int TranslateEscape(std::string& out, char c, int inBracket)
+{
     if (char control = ControlEscape(c)) {
         out += control;
         return 0;
@@ -84,10 +91,11 @@ class Translator {
 public:
     explicit Translator(const SString& perl)
         : _in(perl.Data() ? perl.Data() : ""), _length(perl.Length()), _pos(0),
-          _opened(0), _closed(0) {}
+          _opened(0), _closed(0) { }
 
     // Returns 0 and the translation in out, or the error code.
-    int Run(std::string& out) {
+    int Run(std::string& out)
+    {
         while (_pos < _length) {
             if (int error = _Step(out))
                 return error;
@@ -110,13 +118,15 @@ private:
     // The byte after a backslash.  A backslash at the very end takes the
     // NUL behind the input and leaves the position past the end, which the
     // caller reports as a premature end (or as an unterminated range).
-    int _Escape(std::string& out, int inBracket) {
+    int _Escape(std::string& out, int inBracket)
+    {
         char next = _Peek();
         _pos++;
         return TranslateEscape(out, next, inBracket);
     }
 
-    int _Step(std::string& out) {
+    int _Step(std::string& out)
+    {
         char c = _in[_pos++];
         switch (c) {
         case '\\':
@@ -144,7 +154,8 @@ private:
 
     // A bracket expression, after its "[".  A leading "^" and a "]" right
     // after it (or after the "[") are members, not the end.
-    int _Bracket(std::string& out) {
+    int _Bracket(std::string& out)
+    {
         out += '[';
         if (_Peek() == '^') {
             out += '^';
@@ -171,7 +182,8 @@ private:
 
 }  // namespace
 
-SString PerlRegexConv(const SString& perl) {
+SString PerlRegexConv(const SString& perl)
+{
     std::string out;
     Translator translator(perl);
     if (int error = translator.Run(out)) {
@@ -181,7 +193,8 @@ SString PerlRegexConv(const SString& perl) {
     return SString(out.data(), static_cast<int>(out.size()));
 }
 
-void RegexError(int code, const SString& pattern) {
+void RegexError(int code, const SString& pattern)
+{
     std::cerr << "Regular expression error -- compile aborted.  Reason:\n\t";
     if (code > 0 && code < ErrorCount)
         std::cerr << ErrorTexts[code] << std::endl;
@@ -190,26 +203,30 @@ void RegexError(int code, const SString& pattern) {
     std::cerr << "'." << std::endl;
 }
 
-SPerlRegex::SPerlRegex() : _perl(""), _regular("") {}
+SPerlRegex::SPerlRegex() : _perl(""), _regular("") { }
 
 SPerlRegex::SPerlRegex(const SString& perl, const char* flags)
-    : _perl(perl), _regular(PerlRegexConv(perl)) {
+    : _perl(perl), _regular(PerlRegexConv(perl))
+{
     SRegex::Set(_regular, flags);
 }
 
-SPerlRegex::~SPerlRegex() {}
+SPerlRegex::~SPerlRegex() { }
 
-void SPerlRegex::Set(const SString& perl, const char* flags) {
+void SPerlRegex::Set(const SString& perl, const char* flags)
+{
     _perl = perl;
     _regular = PerlRegexConv(perl);
     if (_regular.Length() > 0)
         SRegex::Set(_regular, flags);
 }
 
-void SPerlRegex::Debug() const {
+void SPerlRegex::Debug() const
+{
     std::cerr << "Perl Regex:    '";
     _perl.Debug(0);
-    std::cerr << "'" << std::endl << "Regular Regex: '";
+    std::cerr << "'" << std::endl
+              << "Regular Regex: '";
     _regular.Debug(0);
     std::cerr << "'" << std::endl;
 }

@@ -22,8 +22,9 @@ const int EngineEntries = 10;
 // Switches the calling thread to the C locale for the lifetime of the object.
 class CLocaleScope {
 public:
-    CLocaleScope() : _saved(uselocale(CLocale())) {}
-    ~CLocaleScope() {
+    CLocaleScope() : _saved(uselocale(CLocale())) { }
+    ~CLocaleScope()
+    {
         if (_saved)
             uselocale(_saved);
     }
@@ -34,19 +35,22 @@ private:
     locale_t _saved;
 
     // Made on first use: static patterns elsewhere compile during start-up.
-    static locale_t CLocale() {
+    static locale_t CLocale()
+    {
         static locale_t c = newlocale(LC_ALL_MASK, "C", 0);
         return c;
     }
 };
 
-int HasFlag(const char* flags, char letter) {
+int HasFlag(const char* flags, char letter)
+{
     return flags && strchr(flags, letter);
 }
 
 // re_compile_pattern reports an error by its message; find the code whose
 // regerror text it is.
-int CodeOfMessage(const char* message) {
+int CodeOfMessage(const char* message)
+{
     char text[128];
     for (int code = REG_BADPAT; code <= REG_ERPAREN; code++) {
         regerror(code, 0, text, sizeof text);
@@ -58,7 +62,8 @@ int CodeOfMessage(const char* message) {
 
 // Compiles a pattern that holds NUL bytes, which regcomp cannot see past,
 // with the same syntax and anchoring that regcomp(REG_EXTENDED) gives.
-int CompileBytes(regex_t* re, const char* pattern, int length, int icase) {
+int CompileBytes(regex_t* re, const char* pattern, int length, int icase)
+{
     re->fastmap = static_cast<char*>(malloc(256));  // released by regfree
     reg_syntax_t saved = re_syntax_options;
     re_syntax_options = RE_SYNTAX_POSIX_EXTENDED | (icase ? RE_ICASE : 0);
@@ -72,12 +77,14 @@ int CompileBytes(regex_t* re, const char* pattern, int length, int icase) {
 }
 
 // Appends entry d of the match list; nothing when the list is shorter.
-void PasteGroup(std::string& buf, int digit, const SStringList& matches) {
+void PasteGroup(std::string& buf, int digit, const SStringList& matches)
+{
     SString group = matches.Get(digit);
     buf.append(group.Data() ? group.Data() : "", group.Length());
 }
 
-char ControlByte(char c) {
+char ControlByte(char c)
+{
     switch (c) {
     case '0': return '\0';
     case 'f': return '\f';
@@ -91,7 +98,8 @@ char ControlByte(char c) {
 
 // Expands the template onto buf.  Returns 0 when the template ends inside
 // an escape; buf then holds a partial expansion that the caller drops.
-int ExpandTemplate(std::string& buf, const SString& tmpl, const SStringList& matches) {
+int ExpandTemplate(std::string& buf, const SString& tmpl, const SStringList& matches)
+{
     const char* t = tmpl.Data() ? tmpl.Data() : "";
     int n = tmpl.Length();
     int i = 0;
@@ -123,28 +131,33 @@ int ExpandTemplate(std::string& buf, const SString& tmpl, const SStringList& mat
 
 }  // namespace
 
-void AppendPasteBuffer(SString* out, const SString& replacement, const SStringList& matches) {
+void AppendPasteBuffer(SString* out, const SString& replacement, const SStringList& matches)
+{
     std::string buf;
     if (ExpandTemplate(buf, replacement, matches))
         *out += SString(buf.data(), static_cast<int>(buf.size()));
 }
 
-SRegex::SRegex() : _regex(0), _matches(0), _status(-1) {}
+SRegex::SRegex() : _regex(0), _matches(0), _status(-1) { }
 
-SRegex::SRegex(const SString& pattern, const char* flags) : _regex(0), _matches(0), _status(-1) {
+SRegex::SRegex(const SString& pattern, const char* flags) : _regex(0), _matches(0), _status(-1)
+{
     _Init(pattern, flags);
 }
 
-SRegex::~SRegex() {
+SRegex::~SRegex()
+{
     _Free();
 }
 
-void SRegex::Set(const SString& pattern, const char* flags) {
+void SRegex::Set(const SString& pattern, const char* flags)
+{
     _Free();
     _Init(pattern, flags);
 }
 
-void SRegex::_Init(const SString& pattern, const char* flags) {
+void SRegex::_Init(const SString& pattern, const char* flags)
+{
     _regex = new regex_t();
     _matches = new regmatch_t[MatchEntries];
     for (int i = 0; i < MatchEntries; i++)
@@ -163,7 +176,8 @@ void SRegex::_Init(const SString& pattern, const char* flags) {
         _status = regcomp(_regex, bytes, REG_EXTENDED | (icase ? REG_ICASE : 0));
 }
 
-void SRegex::_Free() {
+void SRegex::_Free()
+{
     if (!_regex)
         return;
     regfree(_regex);
@@ -174,7 +188,8 @@ void SRegex::_Free() {
     _status = -1;
 }
 
-void SRegex::Debug() const {
+void SRegex::Debug() const
+{
     if (_status == 0) {
         std::cerr << "SRegex is OK" << std::endl;
         return;
@@ -196,12 +211,14 @@ void SRegex::Debug() const {
               << reason << std::endl;
 }
 
-int SRegex::_Groups() const {
+int SRegex::_Groups() const
+{
     int groups = static_cast<int>(_regex->re_nsub);
     return groups < MatchEntries - 1 ? groups : MatchEntries - 1;
 }
 
-int SRegex::_Exec(const SString& subject, int start) const {
+int SRegex::_Exec(const SString& subject, int start) const
+{
     int length = subject.Length();
     if (_status != 0 || start < 0 || start > length)
         return 0;
@@ -214,7 +231,8 @@ int SRegex::_Exec(const SString& subject, int start) const {
     return regexec(_regex, bytes, EngineEntries, _matches, flags) == 0;
 }
 
-SStringList SRegex::Match(const SString& subject, int start) const {
+SStringList SRegex::Match(const SString& subject, int start) const
+{
     SStringList result;
     if (!_Exec(subject, start))
         return result;
@@ -225,13 +243,15 @@ SStringList SRegex::Match(const SString& subject, int start) const {
     return result;
 }
 
-std::pair<int, int> SRegex::MatchInfo(int i) const {
+std::pair<int, int> SRegex::MatchInfo(int i) const
+{
     if (!_regex || i < 0 || i > _Groups())
         return std::make_pair(-1, -1);
     return std::make_pair(static_cast<int>(_matches[i].rm_so), static_cast<int>(_matches[i].rm_eo));
 }
 
-SStringList SRegex::Subst(SString& target, const SString& replacement, const char* flags) const {
+SStringList SRegex::Subst(SString& target, const SString& replacement, const char* flags) const
+{
     SStringList result;
     if (_status != 0)
         return result;

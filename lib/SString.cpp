@@ -61,14 +61,14 @@ int CompareBytes(const char* a, int an, const char* b, int bn)
     int c = n > 0 ? std::memcmp(a, b, n) : 0;
     if (c != 0)
         return c;
-    return an < bn ? -1 : an > bn ? 1 : 0;
+    return (an > bn) - (an < bn);
 }
 
 int TextLength(const char* s) { return s ? static_cast<int>(std::strlen(s)) : 0; }
 
 const std::ios_base::iostate StreamFailed = std::ios_base::failbit | std::ios_base::badbit;
 
-} // namespace
+}  // namespace
 
 // ---- representation ----------------------------------------------------
 
@@ -153,11 +153,11 @@ void SString::_Append(const char* p, int n)
 
 // ---- construction and assignment -----------------------------------------
 
-SString::SString() : _rep(NewRep()) {}
+SString::SString() : _rep(NewRep()) { }
 
 SString::SString(const SString& s) : _rep(s._rep) { _rep->_links++; }
 
-SString::SString(const char* s) : SString(s, TextLength(s)) {}
+SString::SString(const char* s) : SString(s, TextLength(s)) { }
 
 SString::SString(const char* s, int n)
 {
@@ -191,10 +191,10 @@ static SString Formatted(const char* format, ...)
     return SString(text, std::min<int>(n, sizeof text - 1));
 }
 
-SString::SString(int i) : SString(Formatted("%d", i)) {}
-SString::SString(long l) : SString(Formatted("%ld", l)) {}
-SString::SString(double d) : SString(Formatted("%.16g", d)) {}
-SString::SString(float f) : SString(static_cast<double>(f)) {}
+SString::SString(int i) : SString(Formatted("%d", i)) { }
+SString::SString(long l) : SString(Formatted("%ld", l)) { }
+SString::SString(double d) : SString(Formatted("%.16g", d)) { }
+SString::SString(float f) : SString(static_cast<double>(f)) { }
 
 SString::~SString() { _Free(); }
 

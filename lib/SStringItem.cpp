@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-SStringItem::SStringItem(const SString& s) : _string(s), _next(this), _prev(this) {}
+SStringItem::SStringItem(const SString& s) : _string(s), _next(this), _prev(this) { }
 
 SStringItem::~SStringItem()
 {

@@ -18,7 +18,7 @@ SStringListRep* NewRep(int flags)
     return new SStringListRep{nullptr, 0, 1, flags};
 }
 
-} // namespace
+}  // namespace
 
 // ---- representation ----------------------------------------------------
 
@@ -87,13 +87,13 @@ void SStringList::_Unlink(SStringItem* item)
 
 // ---- construction and assignment -----------------------------------------
 
-SStringList::SStringList() : _rep(NewRep(0)) {}
+SStringList::SStringList() : _rep(NewRep(0)) { }
 
 SStringList::SStringList(const SStringList& l) : _rep(l._rep) { _rep->_links++; }
 
 SStringList::SStringList(const SString& s) : _rep(NewRep(1)) { _Push(s); }
 
-SStringList::SStringList(const char* s) : SStringList(SString(s)) {}
+SStringList::SStringList(const char* s) : SStringList(SString(s)) { }
 
 SStringList::SStringList(const char** texts) : _rep(NewRep(0))
 {

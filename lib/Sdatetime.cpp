@@ -66,9 +66,9 @@ SString ZoneText(long offset)
     }
     if (offset >= 86401)
         offset %= 86400;
-    char text[5] = { sign,
-                     (char)('0' + (offset / 36000) % 3), (char)('0' + (offset / 3600) % 10),
-                     (char)('0' + (offset / 600) % 6), (char)('0' + (offset / 60) % 10) };
+    char text[5] = {sign,
+        (char)('0' + (offset / 36000) % 3), (char)('0' + (offset / 3600) % 10),
+        (char)('0' + (offset / 600) % 6), (char)('0' + (offset / 60) % 10)};
     return SString(text, 5);
 }
 

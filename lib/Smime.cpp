@@ -11,8 +11,8 @@ namespace {
 
 const char Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 const int LineChars = 76;
-const unsigned char Pad = 64;     // the value of "=" in the decoding table
-const unsigned char Skip = 127;   // every byte outside the alphabet
+const unsigned char Pad = 64;    // the value of "=" in the decoding table
+const unsigned char Skip = 127;  // every byte outside the alphabet
 
 // Four characters for three bytes.
 char* EncodeGroup(const unsigned char* in, char* out)

@@ -28,7 +28,7 @@ SString ModuleName()
 // Sets the fields that every report holds.  errorNumber is errno as the
 // caller left it.
 void SetErrorFields(SControl& control, const SString& what, const SString& where,
-                    const SStringList& text, int errorNumber)
+    const SStringList& text, int errorNumber)
 {
     control["Error:"] = SStringList(ModuleName() + ":" + where + " (" + what + ")");
     control["Error-Text:"] = text;
@@ -51,7 +51,7 @@ void WriteReport(SControl& control)
 
 // A new report file, named with the next value of counter.
 void NewReport(int& counter, const SString& what, const SString& where,
-               const SStringList& text, int errorNumber)
+    const SStringList& text, int errorNumber)
 {
     SControl control;
     control.PutFilename(MessageIdDate() + "." + ProcessIdString() + "." + SString(counter++));
@@ -65,7 +65,7 @@ void NewReport(int& counter, const SString& what, const SString& where,
 }  // namespace
 
 void ProcessError(SControl& control, const SString& what, const SString& where,
-                  const SStringList& text)
+    const SStringList& text)
 {
     int errorNumber = errno;
     control["Function:"] = SStringList("Error-Handler");
@@ -79,12 +79,12 @@ void ProcessError(const SString& what, const SString& where, const SStringList& 
 }
 
 void ProcessNotifyError(const SControl& control, const SString& what,
-                        const SString& where, const SStringList& text)
+    const SString& where, const SStringList& text)
 {
     int errorNumber = errno;
     if (control.Get("Trace:").Contains("Error-Handler")) {
         std::cerr << LogFileDate() + ":" + ModuleName() + ":ProcessNotifyError:" + text.Join()
-                         + "\n";
+                + "\n";
         return;
     }
     NewReport(notifyErrorCount, what, where, text, errorNumber);
