@@ -5,7 +5,6 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "SNamedLists.h"
@@ -45,57 +44,32 @@ SNamedStringList Build(const Map& contents, int crlf)
 
 SNamedStringList Parse(const std::string& text, int crlf)
 {
-    SNamedStringList m;
-    m.SetCRLF(crlf);
+    SNamedStringList m = Build({}, crlf);
     Str(text) >> m;
     return m;
 }
 
 Map Read(const std::string& text, int crlf) { return Contents(Parse(text, crlf)); }
+std::string Write(const SNamedStringList& m, SString out = SString()) { return Bytes(out << m); }
 
-std::string Write(const SNamedStringList& m)
-{
-    SString out;
-    out << m;
-    return Bytes(out);
-}
-
-// The generated round trips below cover the common lines; these are the rest.
-TEST(SNamedStringList, WriterEdges)
+// What the generated round trips below never make: keys without values,
+// lines without a blank, blank lines, lines before the first key, a last
+// line without its end.
+TEST(SNamedStringList, TextFormEdges)
 {
     EXPECT_EQ(Write(Build({{"Empty:", {}}, {"K", {"x"}}}, 1)), "Empty: \r\nK x\r\n");
-    SString out("Head\n");
-    out << Build({{"A", {"1"}}}, 0);
-    EXPECT_EQ(Bytes(out), "Head\nA 1\n");
+    EXPECT_EQ(Write(Build({{"A", {"1"}}}, 0), "Head\n"), "Head\nA 1\n");
     SString none;
-    none << SNamedStringList();
-    EXPECT_FALSE(none.Defined());
-}
+    EXPECT_FALSE((none << SNamedStringList()).Defined());
 
-TEST(SNamedStringList, ReaderSplitsKeysValuesAndContinuations)
-{
-    struct Row {
-        std::string text;
-        int crlf;
-        Map expected;
+    const std::pair<std::string, Map> rows[] = {
+        {"B 1\nnoblank\nA 2\nB 3", {{"B", {"1", "noblank", "3"}}, {"A", {"2"}}}},
+        {"A x\n\n", {{"A", {"x", ""}}}}, {"A x\n\n y\n", {{"A", {"x", "\n y"}}}},
+        {"first\n lead\nA x\n", {{"", {"first\n lead"}}, {"A", {"x"}}}}, {"", {}},
     };
-    const std::vector<Row> rows = {
-        {"Subject hello world\nA x\n y\n\tz\nB w\n", 0,
-         {{"Subject", {"hello world"}}, {"A", {"x\n y\n\tz"}}, {"B", {"w"}}}},
-        {"B 1\nnoblank\nA 2\nB 3", 0, {{"B", {"1", "noblank", "3"}}, {"A", {"2"}}}},
-        {"A x\n\n", 0, {{"A", {"x", ""}}}},
-        {"A x\n\n y\n", 0, {{"A", {"x", "\n y"}}}},
-        {"A  two\nK\tv x\n", 0, {{"A", {" two"}}, {"K\tv", {"x"}}}},
-        {"first\n lead\nA x\n", 0, {{"", {"first\n lead"}}, {"A", {"x"}}}},
-        {"A x\r\n", 0, {{"A", {"x\r"}}}},
-        {"A x\nB y\r\n", 1, {{"A", {"x\nB y"}}}},
-        {"A x\r\n b\r\nB \r\nC x\r\r\n", 1, {{"A", {"x\r\n b"}}, {"B", {""}}, {"C", {"x\r"}}}},
-        {"", 0, {}},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.text);
-        EXPECT_EQ(Read(r.text, r.crlf), r.expected);
-    }
+    for (const auto& r : rows)
+        EXPECT_EQ(Read(r.first, 0), r.second) << r.first;
+    EXPECT_EQ(Read("A x\r\nnoblank\r\n\r\n", 1), (Map{{"A", {"x", "noblank", ""}}}));
 
     // Reading resets the map but keeps its flags.
     SNamedStringList m;
@@ -156,21 +130,16 @@ TEST(SNamedStringList, GeneratedMapsAndTextsRoundTrip)
 
 TEST(SNamedStringList, GoldenSampleKeepsItsMeaning)
 {
-    std::ifstream in(TARNWICK_TEST_DATA "/named-list-sample.txt", std::ios::binary);
-    ASSERT_TRUE(in);
-    std::stringstream file;
-    file << in.rdbuf();
+    std::ostringstream file;
+    file << std::ifstream(TARNWICK_TEST_DATA "/named-list-sample.txt", std::ios::binary).rdbuf();
     const Map expected = {
-        {"Function:", {"deliver"}},
-        {"Control-Type:", {"local"}},
-        {"Priority:", {"5"}},
+        {"Function:", {"deliver"}}, {"Control-Type:", {"local"}}, {"Priority:", {"5"}},
         {"Mail-From:", {"<alice@example.org> SIZE=2048"}},
         {"Rcpt-To:", {"<bob@example.net>", "<carol@example.net> NOTIFY=FAILURE", ""}},
         {"Received:", {"from relay.example.org (relay.example.org [192.0.2.7])\n"
                        "\tby mx.example.net with ESMTP id 1a2b3c\n"
                        "\tfor <bob@example.net>; Mon, 23 Nov 2026 00:00:00 +0000"}},
-        {"Subject:", {" two blanks, the second kept"}},
-        {"X-Empty-Line:", {""}},
+        {"Subject:", {" two blanks, the second kept"}}, {"X-Empty-Line:", {""}},
         {"Trace:", {"smtpd", "dispatcher"}},
     };
     EXPECT_EQ(Read(file.str(), 0), expected);
@@ -180,21 +149,16 @@ TEST(SNamedStringList, GoldenSampleKeepsItsMeaning)
 TEST(SNamedStringList, LookupDeleteAndCopy)
 {
     SNamedStringList m;
-    EXPECT_FALSE(m["Ghost"].Defined());
-    EXPECT_FALSE(m.Keys().Defined());
+    EXPECT_FALSE(m["Ghost"].Defined() || m.Keys().Defined());
     for (int i = 0; i < 23; i++)  // grows the values array several times
         m[SString("K") + SString(i)].Push(SString(i));
-    EXPECT_EQ(m.Delete("Ghost"), 1);
-    EXPECT_EQ(m.Delete("K0"), 1);
+    EXPECT_EQ(m.Delete("Ghost") + m.Delete("K0"), 2);
     EXPECT_EQ(m.Delete("K0"), -1);
     EXPECT_EQ(m.Keys().Count(), 22);
-    EXPECT_EQ(m.Keys().Get(0), "K1");
-    EXPECT_EQ(m.Get("K22").Get(0), "22");
+    EXPECT_TRUE(m.Keys().Get(0) == "K1" && m.Get("K22").Get(0) == "22");
 
-    SNamedStringList h;
-    h.SetCRLF(1);
-    h["Subject"].Push("hi");
-    h["Unset"];
+    SNamedStringList h = Build({{"Subject", {"hi"}}}, 1);
+    h["Unset"];  // a key without a value is not listed
     EXPECT_FALSE(h.Get("subject").Defined());
     h.SetCaseSensitive(0);
     SNamedStringList copy(h);
@@ -202,8 +166,7 @@ TEST(SNamedStringList, LookupDeleteAndCopy)
     EXPECT_EQ(Contents(copy), (Map{{"Subject", {"hi", "again"}}}));
     EXPECT_EQ(Contents(h), (Map{{"Subject", {"hi"}}}));
     m = copy;
-    EXPECT_EQ(m.CRLF(), 1);
-    EXPECT_EQ(m.Delete("sUBJECT"), 1);
+    EXPECT_EQ(m.CRLF() + m.Delete("sUBJECT"), 2);
     EXPECT_FALSE(m.Keys().Defined());
 }
 
@@ -218,8 +181,7 @@ TEST(SNamedValue, SIndexString)
     v["k5"] = -1;
     v.SetCaseSensitive(0);
     SNamedValue copy(v);
-    EXPECT_EQ(copy.Get("K11"), 110);
-    EXPECT_EQ(copy.Get("X"), -1);
+    EXPECT_EQ(std::make_pair(copy.Get("K11"), copy.Get("X")), std::make_pair(110, -1));
     EXPECT_EQ(copy.Keys().Count(), 10);
     EXPECT_EQ(copy.Keys().Get(0), "k1");
 
@@ -233,8 +195,7 @@ TEST(SNamedValue, SIndexString)
     EXPECT_FALSE(m.Get(10).Defined());
     int* numbers = nullptr;
     EXPECT_EQ(SIndexString(m).Keys(&numbers), 10);  // 3 and 11 hold no text
-    EXPECT_EQ(numbers[0], 12);
-    EXPECT_EQ(numbers[9], 21);
+    EXPECT_EQ(std::make_pair(numbers[0], numbers[9]), std::make_pair(12, 21));
     delete[] numbers;
 }
 
