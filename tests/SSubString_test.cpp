@@ -14,8 +14,8 @@ TEST(SSubString, ReadsAndReplacesTheClampedRange)
 {
     const std::tuple<const char*, int, int, const char*, const char*, const char*> rows[] = {
         {"hello world", 6, 5, "world", "there", "hello there"}, {"hello world", 0, 6, "hello ", "", "world"},
-        {"abcdef", -3, 5, "ab", "X", "Xcdef"}, {"abcdef", -9, 5, "", "X", "Xabcdef"},
-        {"abc", 10, 2, "", "Z", "abcZ"}, {"abc", 1, -1, "", "--", "a--bc"}, {"abc", 1, 99, "bc", "", "a"}, {"", 0, 3, "", "new", "new"},
+        {"abcdef", -3, 5, "ab", "X", "Xcdef"}, {"abcdef", -9, 5, "", "X", "Xabcdef"}, {"abc", 10, 2, "", "Z", "abcZ"},
+        {"abc", 1, -1, "", "--", "a--bc"}, {"abc", 1, 99, "bc", "", "a"}, {"", 0, 3, "", "new", "new"},
     };
     for (const auto& [parent, start, n, viewed, assigned, result] : rows) {
         SString s(parent);
