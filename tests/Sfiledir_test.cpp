@@ -9,6 +9,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -36,16 +37,14 @@ TEST_F(FileDir, FileTestsAndRemovalSpareDirectories)
 {
     ASSERT_EQ(MapFileWrite(P("file"), "12345") + CreateDirectory(P("dir"), 0700), 2);
     ASSERT_EQ(symlink("file", P("link").Data()), 0);
-    struct { SString path; int exists, regular, directory; long size; } rows[] = {
-        {P("file"), 1, 1, 0, 5}, {P("dir"), 1, 0, 1, -1}, {P("link"), 1, 0, 0, -1},
-        {P("missing"), 0, 0, 0, -1}, {SString(), 0, 0, 0, -1},
+    // exists, regular, directory, size
+    const std::pair<SString, std::tuple<int, int, int, long>> rows[] = {
+        {P("file"), {1, 1, 0, 5}}, {P("dir"), {1, 0, 1, -1}}, {P("link"), {1, 0, 0, -1}},
+        {P("missing"), {0, 0, 0, -1}}, {SString(), {0, 0, 0, -1}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(FileExists(row.path), row.exists) << Text(row.path);
-        EXPECT_EQ(IsRegular(row.path), row.regular) << Text(row.path);
-        EXPECT_EQ(IsDirectory(row.path), row.directory) << Text(row.path);
-        EXPECT_EQ(FileSize(row.path), row.size) << Text(row.path);
-    }
+    for (const auto& [path, expected] : rows)
+        EXPECT_EQ(std::make_tuple(FileExists(path), IsRegular(path), IsDirectory(path), FileSize(path)), expected)
+            << Text(path);
     struct timeval twoDaysAgo[2] = {{time(0) - 2 * 86400, 0}, {time(0) - 2 * 86400, 0}};
     ASSERT_EQ(utimes(P("file").Data(), twoDaysAgo), 0);
     EXPECT_NEAR(FileAge(P("file")), 2.0, 0.001);
@@ -74,8 +73,7 @@ TEST_F(FileDir, MakeDirAndReadDir)
     EXPECT_EQ(Text(ReadDir(SString((dir + "//a//").c_str())).Join("|")), dir + "/a/b");
     EXPECT_EQ(Text(ReadDir(SString(dir.c_str())).Sort().Join("|")),
               dir + "/a|" + dir + "/plain|" + dir + "/x");
-    SStringList empty = ReadDir(P("a/b/c"));
-    EXPECT_TRUE(empty.Defined() && empty.Count() == 0);
+    EXPECT_TRUE(ReadDir(P("a/b/c")).Defined() && ReadDir(P("a/b/c")).Count() == 0);
     EXPECT_FALSE(ReadDir(P("missing")).Defined() || ReadDir("").Defined());
 }
 
@@ -86,8 +84,7 @@ TEST_F(FileDir, MapFileReadAndWrite)
     EXPECT_EQ(MapFileWrite(P("bytes"), "other"), 0);
     EXPECT_EQ(Text(MapFileRead(P("bytes"))), Text(bytes));
     EXPECT_EQ(MapFileWrite(P("empty"), SString()), 1);
-    SString empty = MapFileRead(P("empty"));
-    EXPECT_TRUE(empty.Defined() && empty.Length() == 0);
+    EXPECT_EQ(Text(MapFileRead(P("empty"))), "");
     for (const SString& path : {SString(dir.c_str()), P("missing"), SString(""), SString("/dev/null")})
         EXPECT_FALSE(MapFileRead(path).Defined()) << Text(path);
 }
