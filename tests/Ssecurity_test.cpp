@@ -4,22 +4,16 @@
 
 #include <string>
 
-namespace {
-
-std::string Text(const SString& s)
+static std::string Text(const SString& s)
 {
     return s.Defined() ? std::string(s.Data(), s.Length()) : "(undefined)";
 }
 
-}  // namespace
-
 TEST(MD5, Rfc1321SuiteAndHex)
 {
-    struct { SString input; const char* digest; } rows[] = {
-        {"", "d41d8cd98f00b204e9800998ecf8427e"},
-        {SString(), "d41d8cd98f00b204e9800998ecf8427e"},
-        {"a", "0cc175b9c0f1b6a831c399e269772661"},
-        {"abc", "900150983cd24fb0d6963f7d28e17f72"},
+    const std::pair<SString, const char*> rows[] = {
+        {"", "d41d8cd98f00b204e9800998ecf8427e"}, {SString(), "d41d8cd98f00b204e9800998ecf8427e"},
+        {"a", "0cc175b9c0f1b6a831c399e269772661"}, {"abc", "900150983cd24fb0d6963f7d28e17f72"},
         {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
         {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
         {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789",
@@ -28,8 +22,8 @@ TEST(MD5, Rfc1321SuiteAndHex)
          "57edf4a22be3c955ac49da2e2107b67a"},
         {SString("a\0b", 3), "70350f6027bce3713f6b76473084309b"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(Text(MD5(row.input)), row.digest) << Text(row.input);
+    for (const auto& [input, digest] : rows)
+        EXPECT_EQ(Text(MD5(input)), digest) << Text(input);
     EXPECT_EQ(Text(Hex(SString("\x00\xff\x10\x7f", 4))), "00ff107f");
     EXPECT_EQ(Text(Hex(SString())), "");
 }
