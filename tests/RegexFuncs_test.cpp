@@ -114,12 +114,10 @@ TEST(RegexFuncs, GrepByTestExpression)
     EXPECT_EQ(Joined(same), "b");
     EXPECT_FALSE(SStringList().Grep(SString("/a/"), &rest).Defined());
     EXPECT_FALSE(rest.Defined());
-}
 
-TEST(RegexFuncs, GrepDiagnostics)
-{
+    // Tests that are not understood.
     const std::string field = "The test field for Grep was '";
-    const std::tuple<const char*, std::string, bool> rows[] = {
+    const std::tuple<const char*, std::string, bool> bad[] = {
         {"", "Grep called without a valid test field.\n" + field + "'\n", true},
         {"x", "Unknown test type for Grep function\n" + field + "x'\n" +
                   "Grep called without a valid test field.\n" + field + "x'\n", true},
@@ -127,7 +125,7 @@ TEST(RegexFuncs, GrepDiagnostics)
         {"m", "Incomplete expression in Grep function call\n" + field + "m'\n", false},
         {"/a\\", "Incomplete expression in Grep function call\n" + field + "/a\\'\n", false},
     };
-    for (const auto& [test, diagnostic, defined] : rows) {
+    for (const auto& [test, diagnostic, defined] : bad) {
         CaptureStderr();
         SStringList passed = SStringList("a").Grep(SString(test));
         EXPECT_EQ(GetCapturedStderr().substr(0, diagnostic.size()), diagnostic) << test;

@@ -51,7 +51,7 @@ std::string Stderr(const Work& work)
 
 }  // namespace
 
-TEST(PerlRegexConv, TranslationTable)
+TEST(PerlRegexConv, TranslatesOrPrintsTheError)
 {
     const std::string ws = " \f\n\r\t\v";
     const std::string rows[][2] = {
@@ -64,14 +64,11 @@ TEST(PerlRegexConv, TranslationTable)
     };
     for (const auto& r : rows)
         EXPECT_EQ(Str(PerlRegexConv(Bytes(r[0]))), r[1]) << r[0];
-}
 
-// The diagnostic quotes the pattern with its backslashes doubled.
-TEST(PerlRegexConv, ErrorsPrintTheirTextAndYieldUndefined)
-{
+    // Errors: the diagnostic quotes the pattern with its backslashes doubled.
     const char* range = "Special characters not allowed in a range (\\D, \\S, or \\W)";
     const char* unterminated = "Unterminated range [...] in regular expression.";
-    const char* rows[][2] = {
+    const char* errors[][2] = {
         {"[\\W]", range}, {"[a\\N]", range}, {"[abc", unterminated}, {"[a\\", unterminated},
         {"a]", "Unmatched closing bracket in regular expression."},
         {"(a\\", "Unmatched opening parenthesis in regular expression."},
@@ -80,7 +77,7 @@ TEST(PerlRegexConv, ErrorsPrintTheirTextAndYieldUndefined)
         {"(((((((((((a)))))))))))", "Too many parenthesized elements in regular expression (maximum 10)."},
     };
     const std::string intro = "Regular expression error -- compile aborted.  Reason:\n\t";
-    for (const auto& r : rows) {
+    for (const auto& r : errors) {
         std::string quoted;
         for (const char* c = r[0]; *c; c++)
             quoted += *c == '\\' ? "\\\\" : std::string(1, *c);
