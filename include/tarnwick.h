@@ -4,5 +4,8 @@
 
 #include "SString.h"
 #include "SStringList.h"
+#include "SSocket.h"
+#include "SSocketPlus.h"
+#include "Snetwork.h"
 
 #endif
