@@ -4,6 +4,8 @@
 #   make bench   set up, build with optimisation, run every benchmark
 #   make install PREFIX=/some/where
 
+MAKEFLAGS += --no-print-directory
+
 PREFIX ?= /usr/local
 JOBS   ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE  ?= cmake

@@ -93,9 +93,10 @@ public:
     // Substring.  The const form returns a copy: a negative start shortens n
     // by as much and starts at 0; anything that selects no byte is a defined
     // empty string.  The non-const form returns an assignable view of the
-    // same range (see SSubString).
-    SString Segment(int start, int n) const;
-    SSubString Segment(int start, int n);
+    // same range (see SSubString); a temporary string gets the copy, never a
+    // view that would outlive it.
+    SString Segment(int start, int n) const&;
+    SSubString Segment(int start, int n) &;
 
     // Searching; a failed search is -1.  Index finds the first occurrence at
     // or after start (an empty needle is never found).  RIndex with a string

@@ -175,6 +175,33 @@ protected:
     SStringItem* _FindItem(int i) const;
     void _Unlink(SStringItem* item);
     void _Free();
+
+    // Calls visit(string) for every item, in order.
+    template <class Visit>
+    void _Each(Visit visit) const
+    {
+        SStringItem* item = _rep->_root;
+        for (int i = 0; i < _rep->_count; i++, item = item->_next)
+            visit(item->_string);
+    }
+
+    // A list of convert(item) for every item; defined when this list is.
+    template <class Convert>
+    SStringList _Map(Convert convert) const
+    {
+        SStringList result;
+        if (Defined())
+            result.Reset();
+        _Each([&](const SString& s) { result._Push(convert(s)); });
+        return result;
+    }
+
+    // The free functions below walk the ring directly.
+    friend int Length(const SStringList& l);
+    friend SStringList BaseName(const SStringList& l, const SString& suffix);
+    friend SStringList LowerCase(const SStringList& l);
+    friend SStringList UpperCase(const SStringList& l);
+    friend std::ostream& operator<<(std::ostream& os, SStringList l);
 };
 
 // Total number of bytes of all items (not the number of items).

@@ -1,0 +1,372 @@
+#include "SString.h"
+#include "SStringList.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+namespace {
+
+std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
+
+std::string DebugText(const SString& s, int verbose)
+{
+    testing::internal::CaptureStderr();
+    s.Debug(verbose);
+    return testing::internal::GetCapturedStderr();
+}
+
+// The "Bytes allocated:" line of the verbose dump.
+std::string Allocated(const SString& s)
+{
+    std::string dump = DebugText(s, 1);
+    size_t at = dump.find("Bytes allocated:      ");
+    return at == std::string::npos ? "undefined" : dump.substr(at + 22, dump.find('\n', at) - at - 22);
+}
+
+std::vector<std::string> Items(const SStringList& l)
+{
+    std::vector<std::string> items;
+    for (int i = 0; i < l.Count(); i++)
+        items.push_back(Str(l.Get(i)));
+    return items;
+}
+
+} // namespace
+
+TEST(SString, UndefinedAndEmptyAreDistinctButEqual)
+{
+    SString undefined, empty(""), fromNull(static_cast<const char*>(nullptr));
+    EXPECT_FALSE(undefined.Defined());
+    EXPECT_EQ(undefined.Data(), nullptr);
+    EXPECT_TRUE(empty.Defined());
+    EXPECT_TRUE(fromNull.Defined());
+    EXPECT_TRUE(undefined == empty && empty == fromNull && undefined == "" && undefined == nullptr);
+
+    SString s;
+    s += "";
+    s += SString("");
+    s += SString();
+    s += static_cast<const char*>(nullptr);
+    EXPECT_FALSE(s.Defined()) << "appending nothing leaves an undefined string undefined";
+    s += 'x';
+    EXPECT_EQ(Str(s), "x");
+
+    SString lowered;
+    lowered.LowerCase();
+    EXPECT_TRUE(lowered.Defined());
+    EXPECT_EQ(Allocated(lowered), "8");
+
+    SString assigned;
+    assigned = static_cast<const char*>(nullptr);
+    EXPECT_TRUE(assigned.Defined());
+    assigned = SString();
+    EXPECT_FALSE(assigned.Defined()) << "assigning an undefined string shares its state";
+}
+
+TEST(SString, ConstructionFromBytesAndNumbers)
+{
+    SString withNul("a\0b", 3);
+    EXPECT_EQ(withNul.Length(), 3);
+    EXPECT_EQ(withNul[1], '\0');
+    EXPECT_EQ(SString("xyz", -4).Length(), 0);
+    EXPECT_EQ(Str(SString(static_cast<const char*>(nullptr), 2)), std::string(2, '\0'));
+    EXPECT_EQ(Str(SString('z', 3)), "zzz");
+    EXPECT_TRUE(SString('z', -1).Defined());
+
+    EXPECT_EQ(Str(SString(-42)), "-42");
+    EXPECT_EQ(Str(SString(1234567890123L)), "1234567890123");
+    EXPECT_EQ(Str(SString(0.1)), "0.1");
+    EXPECT_EQ(Str(SString(0.1f)), "0.1000000014901161");
+    EXPECT_EQ(Str(SString(1e100)), "1e+100");
+
+    SString n;
+    n = 7;
+    EXPECT_EQ(Str(n), "7");
+    n = 'q';
+    EXPECT_EQ(Str(n), "q");
+    EXPECT_DOUBLE_EQ(static_cast<double>(SString("3.25xyz")), 3.25);
+    EXPECT_DOUBLE_EQ(static_cast<double>(SString()), 0.0);
+    EXPECT_FLOAT_EQ(static_cast<float>(SString("6000.9")), 6000.9f);
+}
+
+TEST(SString, BuffersGrowToTheNextMultipleOfEight)
+{
+    EXPECT_EQ(Allocated(SString("")), "8");
+    EXPECT_EQ(Allocated(SString("1234567")), "8");
+    EXPECT_EQ(Allocated(SString("12345678")), "16");
+    SString s("1234567");
+    s += 'x';
+    EXPECT_EQ(Allocated(s), "16");
+    s.Chop();
+    EXPECT_EQ(Allocated(s), "16") << "shrinking keeps the buffer";
+    EXPECT_EQ(Allocated(SString()), "undefined");
+}
+
+TEST(SString, IndexingCountsNegativePositionsFromTheEnd)
+{
+    const SString abc("abc");
+    struct { int i; char want; } rows[] = {{0, 'a'}, {2, 'c'}, {-1, 'c'}, {-3, 'a'}, {3, 0}, {-4, 0}, {100, 0}};
+    for (auto& r : rows)
+        EXPECT_EQ(abc[r.i], r.want) << r.i;
+    EXPECT_EQ(SString()[0], 0);
+}
+
+TEST(SString, SearchingAndCounting)
+{
+    const SString abcb("abcb");
+    EXPECT_EQ(abcb.Index("b"), 1);
+    EXPECT_EQ(abcb.Index("b", 2), 3);
+    EXPECT_EQ(abcb.Index("b", -1), -1);
+    EXPECT_EQ(abcb.Index(""), -1);
+    EXPECT_EQ(abcb.Index("cbx"), -1);
+    EXPECT_EQ(abcb.Index('c'), 2);
+    EXPECT_EQ(abcb.Index('c', 4), -1);
+    EXPECT_EQ(SString("a\0b\0c", 5).Index(SString("\0c", 2)), 3);
+
+    EXPECT_EQ(abcb.RIndex("b"), 3);
+    EXPECT_EQ(abcb.RIndex("b", 2), 1) << "string form starts at start itself";
+    EXPECT_EQ(abcb.RIndex("b", -2), 1);
+    EXPECT_EQ(abcb.RIndex("b", -9), -1);
+    EXPECT_EQ(SString("abc").RIndex("", 0), 2);
+    EXPECT_EQ(SString("ab").RIndex("abc"), -1);
+    EXPECT_EQ(abcb.RIndex('b', 3), 1) << "char form starts one before start";
+    EXPECT_EQ(abcb.RIndex('b', 0), 3);
+    EXPECT_EQ(abcb.RIndex('b', 99), 3);
+    EXPECT_EQ(abcb.RIndex('a', 1), 0);
+    EXPECT_EQ(abcb.RIndex('x'), -1);
+    // The string form compares like strncmp: it stops at a NUL byte.
+    EXPECT_EQ(SString("xa\0c", 4).RIndex(SString("a\0b", 3)), 1);
+
+    EXPECT_EQ(SString("aaaa").Count("aa"), 3);
+    EXPECT_EQ(SString("aaaa").Count(""), 0);
+    EXPECT_EQ(SString("aa").Count("aaa"), 0);
+    EXPECT_EQ(SString("a\0a\0", 4).Count('\0'), 2);
+    EXPECT_EQ(SString().Count('a'), 0);
+}
+
+TEST(SString, ComparisonsAreUnsignedBytewise)
+{
+    EXPECT_TRUE(SString("abc") < SString("abd"));
+    EXPECT_TRUE(SString("ab") < SString("abc"));
+    EXPECT_TRUE(SString("\xff") > SString("a")) << "bytes compare unsigned";
+    EXPECT_FALSE(SString("a") < SString("a"));
+    EXPECT_TRUE(SString("a\0b", 3) > SString("a\0a", 3));
+    EXPECT_TRUE(SString("a\0", 2) != SString("a"));
+
+    EXPECT_FALSE(SString("a") < static_cast<const char*>(nullptr));
+    EXPECT_TRUE(SString("a") > static_cast<const char*>(nullptr));
+    EXPECT_TRUE(SString("a") > "");
+    EXPECT_FALSE(SString("") > "");
+    EXPECT_FALSE(SString("") > static_cast<const char*>(nullptr));
+    EXPECT_TRUE(SString("abc") == "abc");
+    EXPECT_FALSE(SString("abc") == "ab");
+
+    // The char forms look at the first byte alone.
+    EXPECT_TRUE(SString("b") < 'c');
+    EXPECT_FALSE(SString("bz") > 'b');
+    EXPECT_TRUE(SString("") < '\0');
+    EXPECT_FALSE(SString("") > '\0');
+    EXPECT_TRUE(SString("\xe9") > 'z');
+    EXPECT_TRUE(SString("x") == 'x');
+    EXPECT_FALSE(SString("xx") == 'x');
+}
+
+TEST(SString, SegmentClampsToTheString)
+{
+    const SString s("abcdef");
+    struct { int start, n; const char* want; } rows[] = {
+        {-2, 3, "a"}, {4, 10, "ef"}, {6, 1, ""}, {0, 0, ""}, {2, -1, ""}, {-10, 3, ""}, {0, 6, "abcdef"}};
+    for (auto& r : rows) {
+        SString got = s.Segment(r.start, r.n);
+        EXPECT_EQ(Str(got), r.want) << r.start << "," << r.n;
+        EXPECT_TRUE(got.Defined());
+    }
+    EXPECT_TRUE(SString().Segment(0, 3).Defined());
+}
+
+TEST(SString, CopiesAreIsolatedFromEveryMutator)
+{
+    const SString original("Hello");
+    auto mutators = std::vector<void (*)(SString&)>{
+        [](SString& s) { s += "!"; },
+        [](SString& s) { s += SString("!"); },
+        [](SString& s) { s += '!'; },
+        [](SString& s) { s = "other"; },
+        [](SString& s) { s = 'o'; },
+        [](SString& s) { s.Chop(); },
+        [](SString& s) { s.LowerCase(); },
+        [](SString& s) { s.UpperCase(); },
+    };
+    for (auto mutate : mutators) {
+        SString copy(original);
+        mutate(copy);
+        EXPECT_EQ(Str(original), "Hello");
+        EXPECT_NE(Str(copy), "Hello");
+    }
+    SString a("abc"), b(a);
+    b.Chop();
+    EXPECT_EQ(Str(a), "abc");
+    EXPECT_EQ(Str(b), "ab");
+}
+
+TEST(SString, AppendingToItselfIsSafe)
+{
+    SString s("abc");
+    s += s;
+    EXPECT_EQ(Str(s), "abcabc");
+    SString shared(s);
+    s += shared;
+    EXPECT_EQ(Str(s), "abcabcabcabc");
+    EXPECT_EQ(Str(shared), "abcabc");
+    SString t("12345678");
+    t += t.Data() + 4;  // a pointer into the buffer that the append regrows
+    EXPECT_EQ(Str(t), "123456785678");
+    t = t.Data() + 8;
+    EXPECT_EQ(Str(t), "5678");
+}
+
+TEST(SString, ChopAndCaseConversion)
+{
+    SString s("ab");
+    EXPECT_EQ(s.Chop(), 'b');
+    EXPECT_EQ(s.Chop(), 'a');
+    EXPECT_EQ(s.Chop(), '\0');
+    EXPECT_TRUE(s.Defined());
+    SString u;
+    EXPECT_EQ(u.Chop(), '\0');
+    EXPECT_FALSE(u.Defined());
+
+    SString mixed("aZ\xc9\xe9 1");
+    EXPECT_EQ(Str(SString(mixed).LowerCase()), "az\xc9\xe9 1") << "only ASCII letters change";
+    EXPECT_EQ(Str(SString(mixed).UpperCase()), "AZ\xc9\xe9 1");
+}
+
+TEST(SString, SplitExactKeepsEveryField)
+{
+    struct { const char* text; const char* sep; int limit; std::vector<std::string> want; } rows[] = {
+        {"a,,b,", ",", 0, {"a", "", "b", ""}},
+        {"a,,b,", ",", 2, {"a", ",b,"}},
+        {"a,,b,", ",", 1, {"a,,b,"}},
+        {"a,,b,", ",", -1, {"a", "", "b", ""}},
+        {"a::b::c", "::", 0, {"a", "b", "c"}},
+        {"", ",", 0, {""}},
+        {"abc", "", 0, {"a", "b", "c"}},
+        {"abcd", "", 2, {"a", "bcd"}},
+        {"abcd", "", -3, {"abcd"}},
+    };
+    for (auto& r : rows) {
+        SStringList got = SString(r.text).SplitExact(r.sep, r.limit);
+        EXPECT_TRUE(got.Defined());
+        EXPECT_EQ(Items(got), r.want) << r.text << " at '" << r.sep << "' limit " << r.limit;
+    }
+    EXPECT_FALSE(SString().SplitExact(",").Defined());
+    EXPECT_EQ(Items(SString("x\0y", 3).SplitExact(SString("\0", 1))), (std::vector<std::string>{"x", "y"}));
+}
+
+TEST(SString, ReadLineKeepsLineEndsAndSetsOnlyEofAtTheEnd)
+{
+    std::istringstream in("ab\ncd");
+    SString line;
+    EXPECT_EQ(line.ReadLine(in), 1);
+    EXPECT_EQ(Str(line), "ab\n");
+    EXPECT_EQ(line.ReadLine(in), 1);
+    EXPECT_EQ(Str(line), "cd");
+    EXPECT_TRUE(in.eof());
+    EXPECT_FALSE(in.fail());
+    EXPECT_EQ(line.ReadLine(in), 0);
+    EXPECT_TRUE(line.Defined());
+    EXPECT_EQ(line.Length(), 0);
+
+    std::string longLine(3000, 'x');
+    longLine[1500] = '\0';
+    std::istringstream big(longLine + "\r\nnext\n");
+    EXPECT_EQ(line.ReadLine(big), 1);
+    EXPECT_EQ(Str(line), longLine + "\r\n");
+    EXPECT_EQ(line.ReadLine(big), 1);
+    EXPECT_EQ(Str(line), "next\n");
+
+    std::istringstream failed("text\n");
+    failed.setstate(std::ios_base::failbit);
+    EXPECT_EQ(line.ReadLine(failed), 0);
+    EXPECT_EQ(Str(line), "");
+}
+
+TEST(SString, WriteAndStreamOperators)
+{
+    std::ostringstream out;
+    SString bytes("a\0b\n", 4);
+    EXPECT_EQ(bytes.Write(out), 1);
+    out << SString("c");
+    EXPECT_EQ(out.str(), std::string("a\0b\nc", 5));
+
+    std::ostringstream bad;
+    bad.setstate(std::ios_base::badbit);
+    EXPECT_EQ(bytes.Write(bad), 0);
+    EXPECT_EQ(bad.str(), "");
+
+    std::istringstream in("one\ntwo\n");
+    SString line;
+    in >> line;
+    EXPECT_EQ(Str(line), "one\n");
+}
+
+TEST(SString, BaseName)
+{
+    struct { const char* path; const char* suffix; const char* want; } rows[] = {
+        {"/var/spool/x.tmp", ".tmp", "x"}, {"x", "", "x"}, {"/a/b/", "", ""},
+        {"dir/file-Control", "-Control", "file"}, {"x.tmp", ".tmpx", "x.tmp"}, {".tmp", ".tmp", ""},
+    };
+    for (auto& r : rows)
+        EXPECT_EQ(Str(BaseName(SString(r.path), r.suffix)), r.want) << r.path;
+    EXPECT_EQ(Str(BaseName("/tmp/y")), "y");
+}
+
+TEST(SString, DebugWritesTheExactDump)
+{
+    const SString bytes("a\\\f\n\r\t\v\0\x1b\xff~", 11);
+    EXPECT_EQ(DebugText(bytes, 0), "a\\\\\\f\\n\\r\\t\\v\\0\\27\\255~");
+
+    std::string dump = DebugText(SString("hi"), 1);
+    EXPECT_EQ(dump.substr(0, 22), "SStringRep stored at: ");
+    EXPECT_NE(dump.find("\nBuffer located at:    0x"), std::string::npos);
+    EXPECT_NE(dump.find("\nBuffer contents:     'hi'\nSString length:       2\n"
+                        "Bytes allocated:      8\nNumber of links:      1\n\n"),
+              std::string::npos);
+
+    SString undefined, shared(undefined);
+    dump = DebugText(undefined, 1);
+    EXPECT_NE(dump.find("\nNumber of links:      2\nSString is undefined\n\n"), std::string::npos);
+    EXPECT_EQ(DebugText(undefined, 0), "");
+}
+
+TEST(SString, GetBufCopiesEveryByte)
+{
+    SString s("x\0y", 3);
+    char* copy = s.GetBuf();
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(std::string(copy, 4), std::string("x\0y\0", 4));
+    delete[] copy;
+    char* empty = SString().GetBuf();
+    EXPECT_EQ(empty[0], '\0');
+    delete[] empty;
+}
+
+TEST(SStringDeathTest, BuffersOfTwentyMillionBytesEndTheProcess)
+{
+    EXPECT_EQ(SString('x', 19999999).Length(), 19999999) << "a buffer of 20,000,000 bytes is allowed";
+    EXPECT_EXIT(SString('x', 20000000), testing::ExitedWithCode(108), "");
+    EXPECT_EXIT(
+        {
+            SString s('x', 19999990);
+            s += "abcdefghij";
+        },
+        testing::ExitedWithCode(108), "");
+    EXPECT_EXIT(
+        {
+            SString s('x', 10000000);
+            s += s;
+        },
+        testing::ExitedWithCode(108), "");
+}
