@@ -172,10 +172,17 @@ protected:
 
     // Hands out the first pending line if it is complete: 1 and the line.
     int _ShiftCompleteLine(SString& line);
-    // Adds received text to pending input and cuts it into lines: 1 and the
-    // first line when at least one is complete, 0 when text (joined with the
-    // partial line before it) is still a partial line.
-    int _CutLines(SString text, SString& line);
+    // Receives until a line is complete: 1 and the line; 0 when the wait or
+    // the receive failed, or at end of input.
+    int _ReceiveLine(SString& line);
+    // Adds n received bytes to pending input, cut into lines after the
+    // partial line before them: 1 and the first line when one is complete.
+    int _CutLines(const char* data, int n, SString& line);
+    // Pushes each line of data, then the rest as a partial line.
+    void _PushPieces(const char* data, int length);
+    // The position just behind the first end-of-line string in
+    // data[from .. length), or 0 when there is none.
+    int _FindEolEnd(const char* data, int from, int length) const;
 
     // Makes the unsent tail of text (from byte sent on) the only pending
     // output.

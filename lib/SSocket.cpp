@@ -114,13 +114,18 @@ int SSocket::operator>>(SStringList& lines)
 
 int SSocket::operator>>(SString& line)
 {
-    line = SString();
     // Lines already received come before the closed test, so they are still
     // handed out after end of input.
     if (_ShiftCompleteLine(line))
         return 1;
-    if (_closed)
-        return 0;
+    if (!_closed && _ReceiveLine(line))
+        return 1;
+    line = SString();  // only now: an undefined string costs an allocation
+    return 0;
+}
+
+int SSocket::_ReceiveLine(SString& line)
+{
     if (!_readBuffer) {
         _readBuffer = new (std::nothrow) char[_bufferSize];
         if (!_readBuffer)
@@ -136,7 +141,7 @@ int SSocket::operator>>(SString& line)
             _closed = 1;
             break;
         }
-        if (_CutLines(SString(_readBuffer, n), line))
+        if (_CutLines(_readBuffer, n, line))
             return 1;
     }
     // Each receive joined the partial line with the new bytes, so what is
@@ -158,32 +163,51 @@ int SSocket::_ShiftCompleteLine(SString& line)
     return 0;
 }
 
-int SSocket::_CutLines(SString text, SString& line)
+int SSocket::_CutLines(const char* data, int n, SString& line)
 {
-    if (_pendingInput.Count() > 0) {
-        _pendingInput.Push(text);
-        text = _pendingInput.Join();
-        _pendingInput.Reset();
-    }
-    const char* data = text.Data();
-    int length = text.Length();
-    int eolLength = _EolLength();
-    const void* hit = memmem(data, length, _eol, eolLength);
-    if (!hit) {
-        _pendingInput.Push(text);
-        return 0;
-    }
     int start = 0;
-    while (hit) {
-        int end = static_cast<const char*>(hit) - data + eolLength;
-        _pendingInput.Push(SString(data + start, end - start));
-        start = end;
-        hit = memmem(data + start, length - start, _eol, eolLength);
+    if (_pendingInput.Count() > 0) {
+        // The partial line before is joined with the new bytes up to the
+        // first end-of-line string (all of them if there is none), so that
+        // one split between two segments is still found.  The rest is cut
+        // straight from data: occurrences of the end-of-line string cannot
+        // overlap, so cutting there gives the same lines as cutting the
+        // whole joined text.
+        start = _FindEolEnd(data, 0, n);
+        if (start == 0)
+            start = n;
+        SString text = _pendingInput.Shift();
+        text += SString(data, start);
+        _PushPieces(text.Data(), text.Length());
     }
+    _PushPieces(data + start, n - start);
+    return _ShiftCompleteLine(line);
+}
+
+void SSocket::_PushPieces(const char* data, int length)
+{
+    int start = 0;
+    for (int end; (end = _FindEolEnd(data, start, length)) > 0; start = end)
+        _pendingInput.Push(SString(data + start, end - start));
     if (start < length)
         _pendingInput.Push(SString(data + start, length - start));
-    line = _pendingInput.Shift();
-    return 1;
+}
+
+// The end-of-line string is found by its last byte, with memchr, which is
+// much quicker than a general substring search on this short needle.
+int SSocket::_FindEolEnd(const char* data, int from, int length) const
+{
+    int eolLength = _EolLength();
+    char last = _eol[eolLength - 1];
+    for (int at = from + eolLength - 1; at < length; at++) {
+        const void* hit = memchr(data + at, last, length - at);
+        if (!hit)
+            return 0;
+        at = static_cast<const char*>(hit) - data;
+        if (memcmp(data + at + 1 - eolLength, _eol, eolLength - 1) == 0)
+            return at + 1;
+    }
+    return 0;
 }
 
 // ---- writing -------------------------------------------------------------
@@ -199,7 +223,12 @@ int SSocket::operator<<(const SStringList& lines)
 
 int SSocket::operator<<(const SString& s)
 {
-    _pendingOutput.Push(s);
+    // Pending output is kept as one text, so that its length is known
+    // without walking a list of small writes.
+    if (_pendingOutput.Count() == 0)
+        _pendingOutput.Push(s);
+    else
+        _pendingOutput[-1] += s;
     while (Length(_pendingOutput) >= _bufferSize) {
         if (!_AwaitOutput())
             return 0;

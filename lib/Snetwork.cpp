@@ -13,17 +13,26 @@ namespace {
 const int InterruptingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD};
 
 // Sets or clears SA_RESTART in each disposition, leaving everything else of
-// it as it is.
+// it as it is.  A disposition is only written when the flag changes, and
+// clearing skips SIG_DFL and SIG_IGN, which end no wait whatever their flags
+// say: every wait costs system calls, and these are the ones it can spare.
 void SetRestart(int on)
 {
     for (int sig : InterruptingSignals) {
         struct sigaction action;
         if (sigaction(sig, nullptr, &action) != 0)
             continue;
-        if (on)
+        int restarts = (action.sa_flags & SA_RESTART) != 0;
+        if (restarts == on)
+            continue;
+        if (on) {
             action.sa_flags |= SA_RESTART;
-        else
+        } else {
+            if (!(action.sa_flags & SA_SIGINFO) &&
+                (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN))
+                continue;
             action.sa_flags &= ~SA_RESTART;
+        }
         sigaction(sig, &action, nullptr);
     }
 }
