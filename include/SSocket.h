@@ -34,7 +34,8 @@
 //     a peer that stops reading therefore makes a write time out instead of
 //     hanging, and a vanished peer makes it fail with 0.  recv is done with
 //     MSG_DONTWAIT as well.  On non-sockets only the wait is bounded, unless
-//     the descriptor was made non-blocking with Unblock.
+//     the descriptor was made non-blocking with Unblock, and a pipe without
+//     a reader raises SIGPIPE as any write to it does.
 //   - A receive or send that finds no data or no room after all (EAGAIN)
 //     counts as zero bytes and goes back to waiting.
 //   - A descriptor outside 0 .. FD_SETSIZE - 1 cannot be waited on: the wait
@@ -160,7 +161,7 @@ protected:
     int _closed;
     char* _readBuffer;          // allocated on the first read, owned
     SStringList _pendingInput;  // complete lines, then at most one partial line
-    SStringList _pendingOutput;
+    SStringList _pendingOutput;  // kept as one text: writes append to it
 
     // Repeats SelectRead / SelectWrite until it reports ready or a flag is
     // set; 1 when ready with neither flag set.
