@@ -2,11 +2,13 @@
 #   make demo    set up, build, install into build/stage, run the examples
 #   make test    set up, then the whole suite: plain, and under ASan + UBSan
 #   make bench   set up, build with optimisation, run every benchmark
+#                (BENCH=SString runs one program, BENCH_ARGS passes options)
 #   make install PREFIX=/some/where
 
 MAKEFLAGS += --no-print-directory
 
 PREFIX ?= /usr/local
+BENCH  ?= *
 JOBS   ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE  ?= cmake
 STAGE  := $(CURDIR)/build/stage
@@ -44,7 +46,7 @@ test-asan:
 bench: setup
 	@$(CMAKE) -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DTARNWICK_TESTS=OFF -DTARNWICK_BENCH=ON >/dev/null
 	@$(CMAKE) --build build/bench -j $(JOBS)
-	@set -e; for b in build/bench/bench/*_bench; do echo "== $$b"; $$b $(BENCH_ARGS); done
+	@set -e; for b in build/bench/bench/$(BENCH)_bench; do echo "== $$b"; $$b $(BENCH_ARGS); done
 
 clean:
 	rm -rf build

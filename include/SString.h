@@ -41,6 +41,8 @@ struct SStringRep {
 class SString {
 public:
     static const int AllocIncrem = 8;
+    // A buffer of this many bytes or more ends the process with status 108.
+    static const int AllocLimit = 20000001;
 
     // Construction.  Numbers are formatted with "%d", "%ld" and "%.16g"
     // (a float is widened to double first).
@@ -89,6 +91,12 @@ public:
     // A new[]-allocated copy with a final NUL (the caller deletes it); null
     // when allocation fails.
     char* GetBuf() const;
+    // Makes this string unshared and defined with exactly n bytes (n < 0 is
+    // taken as 0): the bytes it held are kept, new ones are NUL.  Returns the
+    // buffer, for filling a result of known size in place.  Write through it
+    // before the string is copied, changed or destroyed: a copy would share
+    // the bytes.
+    char* Resize(int n);
 
     // Substring.  The const form returns a copy: a negative start shortens n
     // by as much and starts at 0; anything that selects no byte is a defined

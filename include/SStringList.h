@@ -176,7 +176,8 @@ protected:
     void _Unlink(SStringItem* item);
     void _Free();
 
-    // Calls visit(string) for every item, in order.
+    // Calls visit(string) for every item, in order; the strings are the
+    // ring's own (Chop changes them in place).
     template <class Visit>
     void _Each(Visit visit) const
     {
@@ -202,6 +203,9 @@ protected:
     friend SStringList LowerCase(const SStringList& l);
     friend SStringList UpperCase(const SStringList& l);
     friend std::ostream& operator<<(std::ostream& os, SStringList l);
+    // The named lists walk their keys and values with _Each.
+    friend class SNLists;
+    friend class SNamedStringList;
 };
 
 // Total number of bytes of all items (not the number of items).

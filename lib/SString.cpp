@@ -17,9 +17,8 @@
 
 namespace {
 
-// Buffers of this size or more end the process: strings of about 20 MB are
-// refused by design.
-const long long SizeLimit = 20000001;
+// Strings of about 20 MB are refused by design.
+const long long SizeLimit = SString::AllocLimit;
 
 // Bytes allocated for a string of n bytes: the next multiple of AllocIncrem
 // above n, which always leaves room for the terminating NUL.
@@ -292,6 +291,17 @@ char* SString::GetBuf() const
         std::memcpy(copy, Data(), Length());
     copy[Length()] = 0;
     return copy;
+}
+
+char* SString::Resize(int n)
+{
+    if (n < 0)
+        n = 0;
+    _Realloc(n);
+    if (n > _rep->_len)
+        std::memset(_rep->_buf + _rep->_len, 0, n - _rep->_len);
+    _rep->_len = n;
+    return _rep->_buf;
 }
 
 SString SString::Segment(int start, int n) const&

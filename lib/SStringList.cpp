@@ -340,13 +340,14 @@ SString SStringList::Join(const SString& separator) const
         return item->_string;
 
     long long total = static_cast<long long>(separator.Length()) * (Count() - 1) + Length(*this);
-    if (total >= 20000001)
+    if (total >= SString::AllocLimit)
         std::exit(108);
     SString joined;
     joined._Realloc(static_cast<int>(total));  // the one allocation
     char* out = joined._rep->_buf;
+    bool first = true;
     _Each([&](const SString& s) {
-        if (out != joined._rep->_buf && separator.Length() > 0) {
+        if (!first && separator.Length() > 0) {
             std::memcpy(out, separator.Data(), separator.Length());
             out += separator.Length();
         }
@@ -354,6 +355,7 @@ SString SStringList::Join(const SString& separator) const
             std::memcpy(out, s.Data(), s.Length());
             out += s.Length();
         }
+        first = false;
     });
     joined._rep->_len = static_cast<int>(total);
     return joined;
@@ -413,7 +415,7 @@ SStringList& SStringList::Unique()
 char SStringList::Chop()
 {
     char last = 0;
-    _Each([&last](const SString& s) { last = const_cast<SString&>(s).Chop(); });
+    _Each([&last](SString& s) { last = s.Chop(); });
     return last;
 }
 

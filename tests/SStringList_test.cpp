@@ -186,6 +186,7 @@ TEST(SStringList, Insert)
 TEST(SStringList, JoinAllocatesOnceAndKeepsBytes)
 {
     EXPECT_EQ(Str(List({"a", "", "b"}).Join(", ")), "a, , b");
+    EXPECT_EQ(Str(List({"", "", "x"}).Join(",")), ",,x");
     EXPECT_EQ(Str(List({"ab", "c"}).Join()), "abc");
     EXPECT_EQ(Str(List({"one"}).Join("-")), "one");
     EXPECT_EQ(Str(List({std::string("\0", 1), "x"}).Join(SString("\0", 1))), std::string("\0\0x", 3));
