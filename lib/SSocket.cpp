@@ -57,6 +57,18 @@ void SetNonBlocking(int fd, int on)
     fcntl(fd, F_SETFL, on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
 }
 
+// A copy of data[0, n) whose buffer has room for at least room bytes:
+// pending output grows by many small writes until a buffer's worth is sent,
+// and room made once spares a reallocation on each of them.
+SString WithRoom(const char* data, int n, int room)
+{
+    if (n >= room)
+        return SString(data, n);
+    SString text(nullptr, room);
+    std::memcpy(text.Resize(n), data, n);  // shortening keeps the buffer
+    return text;
+}
+
 void SetLinger(int fd, int onOff, int seconds)
 {
     struct linger value;
@@ -226,7 +238,7 @@ int SSocket::operator<<(const SString& s)
     // Pending output is kept as one text, so that its length is known
     // without walking a list of small writes.
     if (_pendingOutput.Count() == 0)
-        _pendingOutput.Push(s);
+        _pendingOutput.Push(s.Defined() ? WithRoom(s.Data(), s.Length(), 2 * _bufferSize) : s);
     else
         _pendingOutput[-1] += s;
     while (Length(_pendingOutput) >= _bufferSize) {
@@ -273,7 +285,7 @@ void SSocket::_KeepUnsent(const SString& text, int sent)
 {
     _pendingOutput.Reset();
     if (sent < text.Length())
-        _pendingOutput.Push(text.Segment(sent, text.Length() - sent));
+        _pendingOutput.Push(WithRoom(text.Data() + sent, text.Length() - sent, 2 * _bufferSize));
 }
 
 // ---- waiting -------------------------------------------------------------
