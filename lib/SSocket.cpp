@@ -435,8 +435,14 @@ void SSocket::SetWriteTimeout(double seconds)
     SplitTimeout(seconds, _writeTimeoutSec, _writeTimeoutUsec);
 }
 
+// Asked once per line cut: the two texts of this class are answered without
+// a call; a subclass that sets its own end-of-line text still gets strlen.
 int SSocket::_EolLength() const
 {
+    if (_eol == CrLf)
+        return 2;
+    if (_eol == Lf)
+        return 1;
     return static_cast<int>(strlen(_eol));
 }
 
