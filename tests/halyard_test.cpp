@@ -55,24 +55,30 @@ TEST_F(Reports, NewReportIdsCountPerFunction)
         testing::ExitedWithCode(0), "^$");
 }
 
-TEST_F(Reports, ProcessErrorTurnsTheControlIntoAReport)
+TEST_F(Reports, ReportsGoToTheSpoolOrToStderr)
 {
     Receiver dispatcher;
     setenv("DispatchSocket", std::to_string(dispatcher.port).c_str(), 1);
-    SControl control;
+    SControl control, handled;
     control["Function:"] = SStringList("Deliver");
     control["Control-Type:"] = SStringList("Message");
-    control["Priority:"] = SStringList("2");
     control.PutFilename("m1");
     SStringList lines("line 1");
     lines.Push("line 2");
     errno = ENOENT;
     ProcessError(control, "cannot open", "Deliver", lines);
-    EXPECT_EQ(SString("Function: Error-Handler\nControl-Type: Message\nPriority: 2\n"
-                      "Error: relay:Deliver (cannot open)\nError-Text: line 1\n"
-                      "Error-Text: line 2\nError-Number: 2\nTrace: relay\n"),
+    EXPECT_EQ(SString("Function: Error-Handler\nControl-Type: Message\nError: relay:Deliver (cannot open)\n"
+                      "Error-Text: line 1\nError-Text: line 2\nError-Number: 2\nTrace: relay\n"),
               Text("control/m1-Control"));
-    EXPECT_EQ("m1\nError-Handler\nMessage\n2", dispatcher.Next(1.0));
+    EXPECT_EQ("m1\nError-Handler\nMessage\n", dispatcher.Next(1000));
+
+    // A control already through the error handler gets one stderr line, no file.
+    handled["Trace:"] = SStringList("Error-Handler");
+    testing::internal::CaptureStderr();
+    ProcessNotifyError(handled, "lost", "Notify", lines);
+    std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(std::regex_match(line, std::regex("[0-9]{14}:relay:ProcessNotifyError:line 1line 2\n"))) << line;
+    EXPECT_EQ(SString("m1-Control"), Names("control"));
 
     setenv("Tarnwick", "/nonexistent", 1);
     testing::internal::CaptureStderr();
@@ -81,26 +87,6 @@ TEST_F(Reports, ProcessErrorTurnsTheControlIntoAReport)
     EXPECT_EQ("Function: Error-Handler\nControl-Type: Error\nPriority: 1\n"
               "Error: relay:Spool (disk full)\nError-Text: t\nError-Number: 13\nTrace: relay\n\n",
               testing::internal::GetCapturedStderr());
-}
-
-TEST_F(Reports, NotifyErrorStopsAtTheErrorHandler)
-{
-    SControl handled, other;
-    handled["Trace:"] = SStringList("Error-Handler");
-    other["Trace:"] = SStringList("Error-Handlers");
-    other["Host-To:"] = SStringList("mx.example");
-    testing::internal::CaptureStderr();
-    SStringList lines("a");
-    lines.Push("b");
-    ProcessNotifyError(handled, "lost", "Notify", lines);
-    std::string line = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(std::regex_match(line, std::regex("[0-9]{14}:relay:ProcessNotifyError:ab\n"))) << line;
-    EXPECT_EQ(SString(""), Names("control"));
-
-    ProcessNotifyError(other, "lost", "Notify", "a");  // nothing of other is copied
-    SString report = Text("control/" + Names("control"));
-    EXPECT_GE(report.Index("Error: relay:Notify (lost)\n"), 0) << report;
-    EXPECT_LT(report.Index("Host-To:"), 0) << report;
 }
 
 TEST(NewHandlerDeathTest, FailedAllocationExitsWith106)
