@@ -23,34 +23,29 @@
 
 namespace {
 
-class Reports : public SpoolTest {
-protected:
-    // Both counters start at 1 in a fresh process; a report of each function
-    // within one second shares the id ".1", and the later file wins.
-    std::string CheckFreshCounters()
-    {
-        auto now = std::chrono::system_clock::now().time_since_epoch();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1020) - now % std::chrono::seconds(1));
-        errno = 0;
-        ProcessError("first", "Main", "a");
-        ProcessError("second", "Main", "b");
-        ProcessNotifyError(SControl(), "third", "Main", "c");
-        SString id = MessageIdDate() + "." + ProcessIdString();
-        if (Names("control") != id + ".1-Control " + id + ".2-Control")
-            return "files: " + std::string(Names("control").Data());
-        return Text("control/" + id + ".1-Control").Index("(third)") < 0 ? "first report" : "";
-    }
-};
+class Reports : public SpoolTest {};
 
+// Both counters start at 1 in a fresh process (the death test re-executes the
+// program); a report of each function within one second shares the id ".1",
+// and the later file wins.
 TEST_F(Reports, NewReportIdsCountPerFunction)
 {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");  // re-executed: fresh counters
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            std::string fault = CheckFreshCounters();
-            fputs(fault.c_str(), stderr);
+            auto now = std::chrono::system_clock::now().time_since_epoch();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1020) - now % std::chrono::seconds(1));
+            errno = 0;
+            ProcessError("first", "Main", "a");
+            ProcessError("second", "Main", "b");
+            ProcessNotifyError(SControl(), "third", "Main", "c");
+            SString id = MessageIdDate() + "." + ProcessIdString();
+            SString names = Names("control");
+            bool ok = names == id + ".1-Control " + id + ".2-Control"
+                && Text("control/" + id + ".1-Control").Index("(third)") >= 0;
+            fputs(ok ? "" : names.Data(), stderr);
             TearDown();  // the re-executed child has a root of its own
-            _exit(fault.empty() ? 0 : 1);
+            _exit(ok ? 0 : 1);
         },
         testing::ExitedWithCode(0), "^$");
 }
