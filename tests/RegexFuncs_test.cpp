@@ -2,6 +2,9 @@
 #include "SRegex.h"
 
 #include <gtest/gtest.h>
+
+#include "text_helpers.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,17 +18,6 @@ using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
 namespace {
-
-std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
-
-// Items joined by "|" (empty items stay visible); "-" for no items.
-std::string Joined(const SStringList& l)
-{
-    std::string out = l.Count() ? "" : "-";
-    for (int i = 0; i < l.Count(); i++)
-        out += (i ? "|" : "") + Str(l.Get(i));
-    return out;
-}
 
 SStringList ListOf(std::initializer_list<std::string> items)
 {

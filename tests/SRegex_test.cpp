@@ -3,6 +3,9 @@
 #include "SRegex.h"
 
 #include <gtest/gtest.h>
+
+#include "text_helpers.h"
+
 #include <locale.h>
 
 #include <algorithm>
@@ -16,18 +19,6 @@ using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
 namespace {
-
-SString Bytes(const std::string& s) { return SString(s.data(), static_cast<int>(s.size())); }
-std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
-
-// Items joined by "|" (empty items stay visible); "-" for no items.
-std::string Joined(const SStringList& l)
-{
-    std::string out = l.Count() ? "" : "-";
-    for (int i = 0; i < l.Count(); i++)
-        out += (i ? "|" : "") + Str(l.Get(i));
-    return out;
-}
 
 // The first n entries of the match table, "(?,?)" for a group that took no part.
 std::string Offsets(const SRegex& re, int n)

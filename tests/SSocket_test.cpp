@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "text_helpers.h"
+
 #include <arpa/inet.h>
 #include <chrono>
 #include <cmath>
@@ -20,7 +22,6 @@ namespace {
 using Strings = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 
-std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
 double Since(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 int Unread(int fd)
 {

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include "text_helpers.h"
+
 #include <cstring>
 #include <sstream>
 #include <string>
 
 namespace {
-
-std::string Str(const SString& s) { return std::string(s.Data() ? s.Data() : "", s.Length()); }
 
 std::string DebugText(const SString& s, int verbose)
 {

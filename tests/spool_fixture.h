@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
-#include <sys/socket.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,14 +37,14 @@ protected:
     // The names in root + "/" + dir, sorted, joined by blanks.
     SString Names(const char* dir) { return BaseName(ReadDir(root + "/" + dir)).Sort().Join(" "); }
     SString Text(const SString& path) { return MapFileRead(root + "/" + path); }
-    void Touch(const char* path) { MapFileWrite(root + "/" + path, "x"); }
+    void Touch(const SString& path) { MapFileWrite(root + "/" + path, "x"); }
 
     SString root;
 };
 
 // A datagram socket on 127.0.0.1 at a port the system picks.
 struct Receiver {
-    Receiver() : fd(socket(AF_INET, SOCK_DGRAM, 0)), port(0)
+    Receiver()
     {
         sockaddr_in addr = To(0);
         socklen_t len = sizeof addr;
@@ -61,19 +61,17 @@ struct Receiver {
         addr.sin_port = htons(port);
         return addr;
     }
-    // The next datagram, or "none" after timeout seconds.
-    std::string Next(double timeout)
+    // The next datagram, or "none" after ms milliseconds.
+    std::string Next(int ms)
     {
-        long whole = static_cast<long>(timeout);
-        timeval tv = {whole, static_cast<long>((timeout - whole) * 1e6)};
-        setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tv, sizeof tv);
+        pollfd ready = {fd, POLLIN, 0};
         char buf[512];
-        ssize_t n = recv(fd, buf, sizeof buf, 0);
+        ssize_t n = poll(&ready, 1, ms) == 1 ? recv(fd, buf, sizeof buf, 0) : -1;
         return n < 0 ? "none" : std::string(buf, n);
     }
 
-    int fd;
-    int port;
+    int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    int port = 0;
 };
 
 // Runs body in a child process; Status waits for its exit code (-1 when it
