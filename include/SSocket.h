@@ -198,6 +198,10 @@ protected:
     // again).
     int _ReceiveSome(char* buf, int n);
     static const int NothingYet = -2;
+    // Waits for input and receives up to n bytes into buf: the byte count,
+    // or 0 when nothing more can be had (a failed wait, an error, or the end
+    // of input, which also sets the closed flag).
+    int _Receive(char* buf, int n);
     // Sends as much of data as the descriptor takes now: the byte count, 0
     // when there was no room after all, -1 on error.
     int _SendSome(const char* data, int n);

@@ -143,19 +143,9 @@ int SSocket::_ReceiveLine(SString& line)
         if (!_readBuffer)
             return 0;
     }
-    while (_AwaitInput()) {
-        int n = _ReceiveSome(_readBuffer, _bufferSize);
-        if (n == NothingYet)
-            continue;
-        if (n < 0)
-            break;
-        if (n == 0) {
-            _closed = 1;
-            break;
-        }
+    for (int n; (n = _Receive(_readBuffer, _bufferSize)) > 0;)
         if (_CutLines(_readBuffer, n, line))
             return 1;
-    }
     // Each receive joined the partial line with the new bytes, so what is
     // pending now is at most one partial line, already whole.
     return 0;
@@ -347,6 +337,19 @@ int SSocket::_AwaitOutput()
 }
 
 // ---- descriptors ---------------------------------------------------------
+
+int SSocket::_Receive(char* buf, int n)
+{
+    while (_AwaitInput()) {
+        int got = _ReceiveSome(buf, n);
+        if (got == NothingYet)
+            continue;
+        if (got == 0)
+            _closed = 1;
+        return got > 0 ? got : 0;
+    }
+    return 0;
+}
 
 int SSocket::_ReceiveSome(char* buf, int n)
 {

@@ -52,18 +52,8 @@ SString SSocketPlus::_ReceiveExactly(int n)
     if (!buffer)
         return SString("");
     int got = 0;
-    while (got < n && _AwaitInput()) {
-        int r = _ReceiveSome(buffer + got, n - got);
-        if (r == NothingYet)
-            continue;
-        if (r < 0)
-            break;
-        if (r == 0) {
-            _closed = 1;
-            break;
-        }
+    for (int r; got < n && (r = _Receive(buffer + got, n - got)) > 0;)
         got += r;
-    }
     SString result(buffer, got);
     delete[] buffer;
     return result;
