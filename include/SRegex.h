@@ -178,6 +178,10 @@ void RegexError(int code, const SString& pattern);
 // replacement string in regular expression" and leaves *out unchanged.
 void AppendPasteBuffer(SString* out, const SString& replacement, const SStringList& matches);
 
+// 1 when the flag string (which may be null) holds letter: only the presence
+// of a letter counts ("i" ignore case, "g" every match).
+int HasFlag(const char* flags, char letter);
+
 // The pattern members declared with SString and SStringList behave as follows.
 //
 // SString::M(pattern, flags) compiles an SPerlRegex and returns Match from

@@ -28,11 +28,6 @@ const SRegex& WhiteSpaceRegex()
 // Bytes that a one-character separator must escape to be taken literally.
 const char RegexSpecials[] = "$()*+.?[\\]^{|}";
 
-int HasFlag(const char* flags, char letter)
-{
-    return flags && strchr(flags, letter);
-}
-
 }  // namespace
 
 SStringList SString::M(const SString& pattern, const char* flags) const

@@ -42,11 +42,6 @@ private:
     }
 };
 
-int HasFlag(const char* flags, char letter)
-{
-    return flags && strchr(flags, letter);
-}
-
 // re_compile_pattern reports an error by its message; find the code whose
 // regerror text it is.
 int CodeOfMessage(const char* message)
@@ -286,3 +281,5 @@ SStringList SRegex::Subst(SString& target, const SString& replacement, const cha
     target = SString(head.data(), static_cast<int>(head.size()));
     return result;
 }
+
+int HasFlag(const char* flags, char letter) { return flags && strchr(flags, letter); }
