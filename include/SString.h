@@ -3,9 +3,11 @@
 //
 // An SString is a handle onto a shared, reference-counted SStringRep.  Copies
 // share the representation; every mutating member first makes it unique
-// (copy-on-write) through the one helper _Realloc.  Strings hold arbitrary
-// bytes with an explicit length and always keep a NUL behind the last byte, so
-// Data() can be handed to C functions that expect NUL-terminated text.
+// (copy-on-write) through the one helper _Realloc.  A representation and the
+// buffer it is made with share one allocation; a buffer that outgrows it
+// moves to an allocation of its own.  Strings hold arbitrary bytes with an
+// explicit length and always keep a NUL behind the last byte, so Data() can be
+// handed to C functions that expect NUL-terminated text.
 //
 // A string is either defined (it owns a buffer, possibly of length 0) or
 // undefined (no buffer at all).  The two compare equal, but many operations

@@ -46,9 +46,44 @@ char* GrowBuffer(char* old, int size)
     }
 }
 
-SStringRep* NewRep()
+// A representation and a fresh buffer share one block, so that making a
+// string costs one allocation; a buffer that outgrows the block moves to a
+// block of its own.  size 0 makes an undefined representation.
+char* InlineBuffer(SStringRep* rep) { return reinterpret_cast<char*>(rep + 1); }
+
+SStringRep* NewRep(int size = 0)
 {
-    return new SStringRep{nullptr, 0, 1, 0};
+    void* block = GrowBuffer(nullptr, static_cast<int>(sizeof(SStringRep)) + size);
+    SStringRep* rep = new (block) SStringRep{nullptr, 0, 1, size};
+    if (size > 0)
+        rep->_buf = InlineBuffer(rep);
+    return rep;
+}
+
+void FreeBuffer(SStringRep* rep)
+{
+    if (rep->_buf != InlineBuffer(rep))
+        std::free(rep->_buf);
+}
+
+// Room for size bytes in a unique representation, the bytes kept.  The
+// allocator often has slack behind a block already: it is used without a
+// call, keeping the recorded size exact.
+void GrowRep(SStringRep* rep, int size)
+{
+    char* inlined = InlineBuffer(rep);
+    if (!rep->_buf || rep->_buf == inlined) {
+        if (malloc_usable_size(rep) >= sizeof(SStringRep) + size) {
+            rep->_buf = inlined;
+        } else {
+            char* buf = GrowBuffer(nullptr, size);
+            if (rep->_buf)
+                std::memcpy(buf, rep->_buf, rep->_len);
+            rep->_buf = buf;
+        }
+    } else if (malloc_usable_size(rep->_buf) < static_cast<size_t>(size)) {
+        rep->_buf = GrowBuffer(rep->_buf, size);
+    }
 }
 
 int ToLower(int c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
@@ -76,10 +111,7 @@ const std::ios_base::iostate StreamFailed = std::ios_base::failbit | std::ios_ba
 // caller sets the length and fills the bytes.
 void SString::_Malloc(int n)
 {
-    int size = BufferSize(n);
-    _rep = NewRep();
-    _rep->_buf = GrowBuffer(nullptr, size);
-    _rep->_alloc = size;
+    _rep = NewRep(BufferSize(n));
     _rep->_buf[n < 0 ? 0 : n] = 0;
 }
 
@@ -99,10 +131,7 @@ void SString::_Realloc(int n)
         old->_links--;
     } else if (old->_alloc <= n) {
         int size = BufferSize(n);
-        // The allocator often has slack behind the block already: use it
-        // without a call, keeping the recorded size exact.
-        if (!old->_buf || malloc_usable_size(old->_buf) < static_cast<size_t>(size))
-            old->_buf = GrowBuffer(old->_buf, size);
+        GrowRep(old, size);
         old->_alloc = size;
         old->_buf[old->_len] = 0;
         old->_buf[n] = 0;
@@ -118,7 +147,7 @@ void SString::_Undef()
         _rep = NewRep();
         return;
     }
-    std::free(_rep->_buf);
+    FreeBuffer(_rep);
     _rep->_buf = nullptr;
     _rep->_len = 0;
     _rep->_alloc = 0;
@@ -127,8 +156,8 @@ void SString::_Undef()
 void SString::_Free()
 {
     if (--_rep->_links == 0) {
-        std::free(_rep->_buf);
-        delete _rep;
+        FreeBuffer(_rep);
+        std::free(_rep);
     }
 }
 

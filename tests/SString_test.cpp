@@ -81,6 +81,22 @@ TEST(SString, BuffersGrowToTheNextMultipleOfEight)
     s.Chop();
     EXPECT_EQ(Allocated(s), "16") << "shrinking keeps the buffer";
     EXPECT_EQ(Allocated(SString()), "undefined");
+
+    // A buffer starts inside its representation's block and moves out as it
+    // grows: every step keeps the bytes and the exact size.
+    SString grown;
+    std::string want;
+    for (int i = 0; i < 300; i++) {
+        char c = static_cast<char>(i * 7);
+        grown += c;
+        want += c;
+        ASSERT_EQ(Str(grown), want);
+        ASSERT_EQ(Allocated(grown), std::to_string((i + 1) / 8 * 8 + 8));
+    }
+    SString shared(grown);
+    grown = "";
+    grown += shared;
+    EXPECT_EQ(Str(grown), want);
 }
 
 TEST(SString, IndexingCountsNegativePositionsFromTheEnd)
