@@ -174,6 +174,7 @@ protected:
     void _Push(const SString& s);
     SStringItem* _FindItem(int i) const;
     void _Unlink(SStringItem* item);
+    SString _Take(SStringItem* item);
     void _Free();
 
     // Calls visit(string) for every item, in order; the strings are the

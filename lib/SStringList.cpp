@@ -176,21 +176,21 @@ int SStringList::Push(const SStringList& l)
 SString SStringList::Pop()
 {
     _MakeUnique();
-    if (Count() == 0)
-        return SString();
-    SStringItem* last = _rep->_root->_prev;
-    SString s = last->_string;
-    _Unlink(last);
-    return s;
+    return Count() == 0 ? SString() : _Take(_rep->_root->_prev);
 }
 
 SString SStringList::Shift()
 {
     _MakeUnique();
-    if (Count() == 0)
-        return SString();
-    _rep->_root = _rep->_root->_next;
-    return Pop();
+    return Count() == 0 ? SString() : _Take(_rep->_root);
+}
+
+// Removes one item of this (unshared) list and hands out its string.
+SString SStringList::_Take(SStringItem* item)
+{
+    SString s = item->_string;
+    _Unlink(item);
+    return s;
 }
 
 SString SStringList::Get(int i) const
