@@ -284,8 +284,10 @@ SString& SString::operator+=(char c)
     int n = _rep->_len + 1;
     if (n >= SizeLimit)
         std::exit(108);
-    _Realloc(n);
+    if (_rep->_links != 1 || _rep->_alloc <= n)  // byte loops mostly skip the call
+        _Realloc(n);
     _rep->_buf[n - 1] = c;
+    _rep->_buf[n] = 0;
     _rep->_len = n;
     return *this;
 }
