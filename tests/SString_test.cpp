@@ -1,13 +1,10 @@
-#include "SString.h"
-#include "SStringList.h"
+#include "text_helpers.h"
 
 #include <gtest/gtest.h>
 
-#include "text_helpers.h"
-
-#include <cstring>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -26,14 +23,6 @@ std::string Allocated(const SString& s)
     return at == std::string::npos ? "undefined" : dump.substr(at + 22, dump.find('\n', at) - at - 22);
 }
 
-std::vector<std::string> Items(const SStringList& l)
-{
-    std::vector<std::string> items;
-    for (int i = 0; i < l.Count(); i++)
-        items.push_back(Str(l.Get(i)));
-    return items;
-}
-
 } // namespace
 
 TEST(SString, UndefinedAndEmptyAreDistinctButEqual)
@@ -45,58 +34,43 @@ TEST(SString, UndefinedAndEmptyAreDistinctButEqual)
     SString s;
     s += "";
     s += SString("");
-    s += static_cast<const char*>(nullptr);
     EXPECT_FALSE(s.Defined()) << "appending nothing leaves an undefined string undefined";
-    s += 'x';
-    EXPECT_EQ(Str(s), "x");
-    SString lowered;
-    EXPECT_EQ(Allocated(lowered.LowerCase()), "8");
     s = static_cast<const char*>(nullptr);
     EXPECT_TRUE(s.Defined());
     s = SString();
     EXPECT_FALSE(s.Defined()) << "assigning an undefined string shares its state";
+    EXPECT_EQ(Allocated(SString().LowerCase()), "8") << "case conversion defines the string";
 }
 
 TEST(SString, ConstructionFromBytesAndNumbers)
 {
-    EXPECT_EQ(SString("a\0b", 3), SString("a\0b", 3));
-    EXPECT_EQ(SString("a\0b", 3)[1], '\0');
+    EXPECT_EQ(Str(SString("a\0b", 3)), std::string("a\0b", 3));
     EXPECT_EQ(SString("xyz", -4).Length() + SString('z', -1).Length(), 0);
     EXPECT_EQ(Str(SString(static_cast<const char*>(nullptr), 2)), std::string(2, '\0'));
     EXPECT_EQ(Str(SString('z', 3)) + Str(SString(-42)) + Str(SString(1234567890123L)), "zzz-421234567890123");
     EXPECT_EQ(Str(SString(0.1)) + " " + Str(SString(0.1f)), "0.1 0.1000000014901161");
     EXPECT_DOUBLE_EQ(static_cast<double>(SString("3.25xyz")), 3.25);
     EXPECT_DOUBLE_EQ(static_cast<double>(SString()), 0.0);
-    EXPECT_FLOAT_EQ(static_cast<float>(SString("6000.9")), 6000.9f);
 }
 
 TEST(SString, BuffersGrowToTheNextMultipleOfEight)
 {
     EXPECT_EQ(Allocated(SString("")), "8");
-    EXPECT_EQ(Allocated(SString("1234567")), "8");
     EXPECT_EQ(Allocated(SString("12345678")), "16");
-    SString s("1234567");
-    s += 'x';
-    EXPECT_EQ(Allocated(s), "16");
-    s.Chop();
-    EXPECT_EQ(Allocated(s), "16") << "shrinking keeps the buffer";
-    EXPECT_EQ(Allocated(SString()), "undefined");
 
     // A buffer starts inside its representation's block and moves out as it
     // grows: every step keeps the bytes and the exact size.
     SString grown;
     std::string want;
-    for (int i = 0; i < 300; i++) {
+    for (int i = 0; i < 296; i++) {
         char c = static_cast<char>(i * 7);
         grown += c;
         want += c;
         ASSERT_EQ(Str(grown), want);
         ASSERT_EQ(Allocated(grown), std::to_string((i + 1) / 8 * 8 + 8));
     }
-    SString shared(grown);
-    grown = "";
-    grown += shared;
-    EXPECT_EQ(Str(grown), want);
+    grown.Chop();
+    EXPECT_EQ(Allocated(grown), "304") << "shrinking keeps the buffer";
 }
 
 TEST(SString, IndexingCountsNegativePositionsFromTheEnd)
@@ -127,13 +101,11 @@ TEST(SString, SearchingAndCounting)
     }
     const SString abcb("abcb");
     EXPECT_EQ(abcb.Index('c'), 2);
-    EXPECT_EQ(abcb.Index('c', 4), -1);
+    EXPECT_EQ(abcb.Index('c', 9), -1);
     EXPECT_EQ(abcb.RIndex('b', 3), 1) << "char form starts one before start";
     EXPECT_EQ(abcb.RIndex('b', 0), 3);
     EXPECT_EQ(abcb.RIndex('b', 99), 3);
-    EXPECT_EQ(abcb.RIndex('x'), -1);
     EXPECT_EQ(SString("a\0a\0", 4).Count('\0'), 2);
-    EXPECT_EQ(SString().Count('a'), 0);
 }
 
 TEST(SString, ComparisonsAreUnsignedBytewise)
@@ -148,19 +120,6 @@ TEST(SString, ComparisonsAreUnsignedBytewise)
     // The char forms look at the first byte alone.
     EXPECT_TRUE(SString("b") < 'c' && SString("") < '\0' && SString("\xe9") > 'z' && SString("x") == 'x');
     EXPECT_FALSE(SString("bz") > 'b' || SString("") > '\0' || SString("xx") == 'x');
-}
-
-TEST(SString, SegmentClampsToTheString)
-{
-    const SString s("abcdef");
-    struct { int start, n; const char* want; } rows[] = {
-        {-2, 3, "a"}, {4, 10, "ef"}, {6, 1, ""}, {0, 0, ""}, {2, -1, ""}, {-10, 3, ""}, {0, 6, "abcdef"}};
-    for (auto& r : rows) {
-        SString got = s.Segment(r.start, r.n);
-        EXPECT_EQ(Str(got), r.want) << r.start << "," << r.n;
-        EXPECT_TRUE(got.Defined());
-    }
-    EXPECT_TRUE(SString().Segment(0, 3).Defined());
 }
 
 TEST(SString, CopiesAreIsolatedFromEveryMutator)
@@ -178,8 +137,7 @@ TEST(SString, CopiesAreIsolatedFromEveryMutator)
         EXPECT_EQ(Str(original), "Hello");
         EXPECT_NE(Str(copy), "Hello");
     }
-    SString grown;
-    std::memcpy(grown.Resize(3), "xyz", 3);
+    SString grown("xyz");
     grown.Resize(5);
     EXPECT_EQ(Str(grown), std::string("xyz\0\0", 5)) << "new bytes are NUL";
 }
@@ -189,10 +147,6 @@ TEST(SString, AppendingToItselfIsSafe)
     SString s("abc");
     s += s;
     EXPECT_EQ(Str(s), "abcabc");
-    SString shared(s);
-    s += shared;
-    EXPECT_EQ(Str(s), "abcabcabcabc");
-    EXPECT_EQ(Str(shared), "abcabc");
     SString t("12345678");
     t += t.Data() + 4;  // a pointer into the buffer that the append regrows
     EXPECT_EQ(Str(t), "123456785678");
@@ -202,12 +156,10 @@ TEST(SString, AppendingToItselfIsSafe)
 
 TEST(SString, ChopAndCaseConversion)
 {
-    SString s("ab"), u;
+    SString s("ab");
     std::string chopped{s.Chop(), s.Chop(), s.Chop()};  // braces: evaluated in order
     EXPECT_EQ(chopped, std::string("ba\0", 3));
-    EXPECT_TRUE(s.Defined());
-    EXPECT_EQ(u.Chop(), '\0');
-    EXPECT_FALSE(u.Defined());
+    EXPECT_EQ(SString().Chop(), '\0');
 
     SString mixed("aZ\xc9\xe9 1");
     EXPECT_EQ(Str(SString(mixed).LowerCase()), "az\xc9\xe9 1") << "only ASCII letters change";
@@ -216,37 +168,28 @@ TEST(SString, ChopAndCaseConversion)
 
 TEST(SString, SplitExactKeepsEveryField)
 {
-    struct { const char* text; const char* sep; int limit; std::vector<std::string> want; } rows[] = {
-        {"a,,b,", ",", 0, {"a", "", "b", ""}},
-        {"a,,b,", ",", 2, {"a", ",b,"}},
-        {"a,,b,", ",", 1, {"a,,b,"}},
-        {"a,,b,", ",", -1, {"a", "", "b", ""}},
-        {"a::b::c", "::", 0, {"a", "b", "c"}},
-        {"", ",", 0, {""}},
-        {"abc", "", 0, {"a", "b", "c"}},
-        {"abcd", "", 2, {"a", "bcd"}},
-        {"abcd", "", -3, {"abcd"}},
+    struct { const char* text; const char* sep; int limit; const char* want; } rows[] = {
+        {"a,,b,", ",", 0, "a||b|"}, {"a,,b,", ",", 2, "a|,b,"}, {"a,,b,", ",", 1, "a,,b,"},
+        {"a,,b,", ",", -1, "a||b|"}, {"a::b::c", "::", 0, "a|b|c"}, {"", ",", 0, ""},
+        // An empty separator splits into characters; a negative limit keeps the whole.
+        {"abc", "", 0, "a|b|c"}, {"abcd", "", 2, "a|bcd"}, {"abcd", "", -3, "abcd"},
     };
-    for (auto& r : rows) {
-        SStringList got = SString(r.text).SplitExact(r.sep, r.limit);
-        EXPECT_TRUE(got.Defined());
-        EXPECT_EQ(Items(got), r.want) << r.text << " at '" << r.sep << "' limit " << r.limit;
-    }
+    for (auto& r : rows)
+        EXPECT_EQ(Joined(SString(r.text).SplitExact(r.sep, r.limit)), r.want) << r.text << " at '" << r.sep << "' " << r.limit;
     EXPECT_FALSE(SString().SplitExact(",").Defined());
-    EXPECT_EQ(Items(SString("x\0y", 3).SplitExact(SString("\0", 1))), (std::vector<std::string>{"x", "y"}));
+    EXPECT_EQ(Joined(SString("x\0y", 3).SplitExact(SString("\0", 1))), "x|y");
 }
 
 TEST(SString, ReadLineKeepsLineEndsAndSetsOnlyEofAtTheEnd)
 {
     std::istringstream in("ab\ncd");
     SString line;
-    EXPECT_EQ(line.ReadLine(in), 1);
-    EXPECT_EQ(Str(line), "ab\n");
-    EXPECT_EQ(line.ReadLine(in), 1);
+    line.ReadLine(in);
+    EXPECT_EQ(line.ReadLine(in), 1) << "a last line without a line end";
     EXPECT_EQ(Str(line), "cd");
     EXPECT_TRUE(in.eof() && !in.fail());
     EXPECT_EQ(line.ReadLine(in), 0);
-    EXPECT_TRUE(line.Defined() && line.Length() == 0);
+    EXPECT_EQ(Str(line), "");
 
     std::string longLine(3000, 'x');
     longLine[1500] = '\0';
@@ -260,15 +203,12 @@ TEST(SString, ReadLineKeepsLineEndsAndSetsOnlyEofAtTheEnd)
     EXPECT_EQ(Str(line), "");
 }
 
-TEST(SString, WriteAndStreamOperators)
+TEST(SString, WriteKeepsEveryByteUnlessTheStreamIsBad)
 {
-    std::ostringstream out;
-    SString bytes("a\0b\n", 4);
+    std::ostringstream out, bad;
+    const SString bytes("a\0b\n", 4);
     EXPECT_EQ(bytes.Write(out), 1);
-    out << SString("c");
-    EXPECT_EQ(out.str(), std::string("a\0b\nc", 5));
-
-    std::ostringstream bad;
+    EXPECT_EQ(out.str(), std::string("a\0b\n", 4));
     bad.setstate(std::ios_base::badbit);
     EXPECT_EQ(bytes.Write(bad), 0);
     EXPECT_EQ(bad.str(), "");
@@ -282,41 +222,26 @@ TEST(SString, BaseName)
     };
     for (auto& r : rows)
         EXPECT_EQ(Str(BaseName(SString(r.path), r.suffix)), r.want) << r.path;
-    EXPECT_EQ(Str(BaseName("/tmp/y")), "y");
 }
 
 TEST(SString, DebugWritesTheExactDump)
 {
     const SString bytes("a\\\f\n\r\t\v\0\x1b\xff~", 11);
     EXPECT_EQ(DebugText(bytes, 0), "a\\\\\\f\\n\\r\\t\\v\\0\\27\\255~");
-
-    std::string dump = DebugText(SString("hi"), 1);
-    EXPECT_EQ(dump.substr(0, 22), "SStringRep stored at: ");
-    EXPECT_NE(dump.find("\nBuffer located at:    0x"), std::string::npos);
-    EXPECT_NE(dump.find("\nBuffer contents:     'hi'\nSString length:       2\n"
-                        "Bytes allocated:      8\nNumber of links:      1\n\n"),
+    EXPECT_NE(DebugText(SString("hi"), 1).find("\nBuffer contents:     'hi'\nSString length:       2\n"
+                                                "Bytes allocated:      8\nNumber of links:      1\n\n"),
               std::string::npos);
 
     SString undefined, shared(undefined);
-    dump = DebugText(undefined, 1);
-    EXPECT_NE(dump.find("\nNumber of links:      2\nSString is undefined\n\n"), std::string::npos);
+    EXPECT_NE(DebugText(undefined, 1).find("\nNumber of links:      2\nSString is undefined\n\n"), std::string::npos);
     EXPECT_EQ(DebugText(undefined, 0), "");
 }
 
 TEST(SStringDeathTest, BuffersOfTwentyMillionBytesEndTheProcess)
 {
-    EXPECT_EQ(SString('x', 19999999).Length(), 19999999) << "a buffer of 20,000,000 bytes is allowed";
+    SString nearly('x', 19999990);
+    EXPECT_EXIT(nearly += "abcdefghij", testing::ExitedWithCode(108), "");
+    nearly += "abcdefghi";
+    EXPECT_EQ(nearly.Length(), 19999999) << "a buffer of 20,000,000 bytes is allowed";
     EXPECT_EXIT(SString('x', 20000000), testing::ExitedWithCode(108), "");
-    EXPECT_EXIT(
-        {
-            SString s('x', 19999990);
-            s += "abcdefghij";
-        },
-        testing::ExitedWithCode(108), "");
-    EXPECT_EXIT(
-        {
-            SString s('x', 10000000);
-            s += s;
-        },
-        testing::ExitedWithCode(108), "");
 }
