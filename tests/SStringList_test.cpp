@@ -71,44 +71,36 @@ TEST(SStringList, GetAndIndexingGrowOnlyOnWrite)
     EXPECT_EQ(Show(l), "A|b|c|?|?|f") << "an index still negative writes into no list";
 }
 
+// OP(text): an operation on the list l, giving text.
+#define OP(text) [](SStringList& l) { return std::string(text); }
+
 // Each operation runs on a list of its own and on a copy sharing the
-// original, which must not change.  Rows: the list, the operation giving its
-// result as text, that result, the list afterwards.
+// original, which must not change.  Rows: the list, the operation, its
+// result, the list afterwards.
 TEST(SStringList, OperationsLeaveCopiesAlone)
 {
     struct { std::string list; std::string (*op)(SStringList&); std::string result, after; } rows[] = {
-        {"a", [](SStringList& l) { return Num(l.Push("b")); }, "2", "a|b"},
-        {"a|b", [](SStringList& l) { return Num(l.Push(l)); }, "4", "a|b|a|b"},  // appended once
-        {"a|b|c", [](SStringList& l) { return Shown(l.Pop()); }, "c", "a|b"},
-        {"a|b|c", [](SStringList& l) { return Shown(l.Shift()); }, "a", "b|c"},
-        {"", [](SStringList& l) { return Shown(l.Pop()) + Shown(l.Shift()); }, "??", ""},
-        {"b|a|c|a", [](SStringList& l) { return Num(l.Index("a")); }, "1", "b|a|c|a"},
-        {"b|a", [](SStringList& l) { return Num(l.Index("zz")); }, "-1", "b|a"},
+        {"a", OP(Num(l.Push("b"))), "2", "a|b"}, {"a|b", OP(Num(l.Push(l))), "4", "a|b|a|b"},  // appended once
+        {"a|b|c", OP(Shown(l.Pop())), "c", "a|b"}, {"a|b|c", OP(Shown(l.Shift())), "a", "b|c"},
+        {"", OP(Shown(l.Pop()) + Shown(l.Shift())), "??", ""},
+        {"b|a|c|a", OP(Num(l.Index("a"))), "1", "b|a|c|a"}, {"b|a", OP(Num(l.Index("zz"))), "-1", "b|a"},
         // No counting from the end.
-        {"a|b", [](SStringList& l) { return Num(l.Delete(-1) + l.Delete(2) + l.Delete("zz")); }, "0", "a|b"},
-        {"a|b|c", [](SStringList& l) { return Num(l.Delete(1)); }, "1", "a|c"},
-        {"b|a|b", [](SStringList& l) { return Num(l.Delete("b")); }, "1", "a|b"},
-        {"a", [](SStringList& l) { return Num(l.Delete(0) ? l.Push("again") : 0); }, "1", "again"},
-        {"a|b", [](SStringList& l) { return Str(l[0] = "zz"); }, "zz", "zz|b"},
-        {"a|b", [](SStringList& l) { return Show(l = "other"); }, "other", "other"},
-        {"a|b|c", [](SStringList& l) { return Show(l.Reverse()); }, "c|b|a", "c|b|a"},
-        {"a|b|c|d", [](SStringList& l) { return Show(l.Reverse()); }, "d|c|b|a", "d|c|b|a"},
-        {"a|a|b|a", [](SStringList& l) { return Show(l.Unique()); }, "a|b|a", "a|b|a"},
-        {"a|a|a", [](SStringList& l) { return Show(l.Unique()); }, "a", "a"},
+        {"a|b", OP(Num(l.Delete(-1) + l.Delete(2) + l.Delete("zz"))), "0", "a|b"},
+        {"a|b|c", OP(Num(l.Delete(1))), "1", "a|c"}, {"b|a|b", OP(Num(l.Delete("b"))), "1", "a|b"},
+        {"a", OP(Num(l.Delete(0) ? l.Push("again") : 0)), "1", "again"},
+        {"a|b", OP(Str(l[0] = "zz")), "zz", "zz|b"}, {"a|b", OP(Show(l = "other")), "other", "other"},
+        {"a|b|c", OP(Show(l.Reverse())), "c|b|a", "c|b|a"}, {"a|b|c|d", OP(Show(l.Reverse())), "d|c|b|a", "d|c|b|a"},
+        {"a|a|b|a", OP(Show(l.Unique())), "a|b|a", "a|b|a"}, {"a|a|a", OP(Show(l.Unique())), "a", "a"},
         // Unsigned byte order, NUL and 0xFF included, the shorter first on a
         // common prefix; items equal up to a NUL arrive in the wrong order.
-        {"b|a\0b|\xff||a\0a|a|ab"s, [](SStringList& l) { return Joined(l.Sort()); },
-         "|a|a\0a|a\0b|ab|b|\xff"s, "|a|a\0a|a\0b|ab|b|\xff"s},
-        {"a||b", [](SStringList& l) { return Str(l.Join(", ")); }, "a, , b", "a||b"},
-        {"ab|c", [](SStringList& l) { return Str(l.Join()); }, "abc", "ab|c"},
-        {"x|\0"s, [](SStringList& l) { return Str(l.Join(SString("\0", 1))); }, "x\0\0"s, "x|\0"s},
-        {"ab|c", [](SStringList& l) { return Num(Length(l)); }, "3", "ab|c"},  // bytes, not items
-        {"a|b|c", [](SStringList& l) { return Show(l.Slice(1, 2)); }, "b|c", "a|b|c"},
-        {"a|b|c", [](SStringList& l) { return Show(l.Slice(2, 1)) + Show(l.Slice(0, 3)) + Show(l.Slice(-1, 2)); },
-         "~~~", "a|b|c"},
-        {"a|b|c|d", [](SStringList& l) { return Show(l.Splice(1, 2, List("x|y|z"))); }, "~b|c", "a|x|y|z|d"},
-        {"a|b|c|d", [](SStringList& l) { return Show(l.Splice(2)); }, "~c|d", "a|b"},
-        {"a|b", [](SStringList& l) { return Show(l.Splice(2)); }, "~", "a|b"},
+        {"b|a\0b|\xff||a\0a|a|ab"s, OP(Joined(l.Sort())), "|a|a\0a|a\0b|ab|b|\xff"s, "|a|a\0a|a\0b|ab|b|\xff"s},
+        {"a||b", OP(Str(l.Join(", "))), "a, , b", "a||b"}, {"ab|c", OP(Str(l.Join())), "abc", "ab|c"},
+        // Length counts bytes, not items.
+        {"x|\0"s, OP(Str(l.Join(SString("\0", 1)))), "x\0\0"s, "x|\0"s}, {"ab|c", OP(Num(Length(l))), "3", "ab|c"},
+        {"a|b|c", OP(Show(l.Slice(1, 2))), "b|c", "a|b|c"},
+        {"a|b|c", OP(Show(l.Slice(2, 1)) + Show(l.Slice(0, 3)) + Show(l.Slice(-1, 2))), "~~~", "a|b|c"},
+        {"a|b|c|d", OP(Show(l.Splice(1, 2, List("x|y|z")))), "~b|c", "a|x|y|z|d"},
+        {"a|b|c|d", OP(Show(l.Splice(2))), "~c|d", "a|b"}, {"a|b", OP(Show(l.Splice(2))), "~", "a|b"},
     };
     for (auto& r : rows) {
         const SStringList original = List(r.list);
@@ -204,21 +196,10 @@ TEST(SStringList, FreeFunctionsLeaveTheArgumentAlone)
     EXPECT_EQ(Show(LowerCase(List(""))) + Show(UpperCase(SStringList())), "~");
 }
 
-TEST(SStringList, DebugDump)
-{
-    testing::internal::CaptureStderr();
-    SStringList().Debug(1);
-    List("a\tb").Debug(1);
-    std::string dump = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(dump.substr(0, 48), "Undefined\nNumber of Links: 1\nNumber of Items: 1\n");
-    EXPECT_NE(dump.find(" 'a\\tb'\n\n"), std::string::npos);
-}
-
 TEST(SStringListDeathTest, TheHundredThousandAndFirstItemEndsTheProcess)
 {
     SStringList l;
     for (int i = 0; i < SStringList::MaxItems; i++)
         l.Push("");
     EXPECT_EXIT(l.Push("one more"), testing::ExitedWithCode(109), "");
-    EXPECT_EXIT(l[100000] = "x", testing::ExitedWithCode(109), "");
 }
