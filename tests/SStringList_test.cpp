@@ -77,10 +77,10 @@ TEST(SStringList, GetAndIndexingGrowOnlyOnWrite)
 // Each operation runs on a list of its own and on a copy sharing the
 // original, which must not change.  Rows: the list, the operation, its
 // result, the list afterwards.
-TEST(SStringList, OperationsLeaveCopiesAlone)
+TEST(SStringList, OperationsOnOwnAndSharedLists)
 {
     struct { std::string list; std::string (*op)(SStringList&); std::string result, after; } rows[] = {
-        {"a", OP(Num(l.Push("b"))), "2", "a|b"}, {"a|b", OP(Num(l.Push(l))), "4", "a|b|a|b"},  // appended once
+        {"a", OP(Num(l.Push("b"))), "2", "a|b"}, {"a|b", OP(Num(l.Push(l))), "4", "a|b|a|b"},  // onto itself: once
         {"a|b|c", OP(Shown(l.Pop())), "c", "a|b"}, {"a|b|c", OP(Shown(l.Shift())), "a", "b|c"},
         {"", OP(Shown(l.Pop()) + Shown(l.Shift())), "??", ""},
         {"b|a|c|a", OP(Num(l.Index("a"))), "1", "b|a|c|a"}, {"b|a", OP(Num(l.Index("zz"))), "-1", "b|a"},
@@ -95,7 +95,7 @@ TEST(SStringList, OperationsLeaveCopiesAlone)
         // common prefix; items equal up to a NUL arrive in the wrong order.
         {"b|a\0b|\xff||a\0a|a|ab"s, OP(Joined(l.Sort())), "|a|a\0a|a\0b|ab|b|\xff"s, "|a|a\0a|a\0b|ab|b|\xff"s},
         {"a||b", OP(Str(l.Join(", "))), "a, , b", "a||b"}, {"ab|c", OP(Str(l.Join())), "abc", "ab|c"},
-        // Length counts bytes, not items.
+        // A NUL separator is kept; Length counts bytes, not items.
         {"x|\0"s, OP(Str(l.Join(SString("\0", 1)))), "x\0\0"s, "x|\0"s}, {"ab|c", OP(Num(Length(l))), "3", "ab|c"},
         {"a|b|c", OP(Show(l.Slice(1, 2))), "b|c", "a|b|c"},
         {"a|b|c", OP(Show(l.Slice(2, 1)) + Show(l.Slice(0, 3)) + Show(l.Slice(-1, 2))), "~~~", "a|b|c"},

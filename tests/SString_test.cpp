@@ -132,7 +132,7 @@ TEST(SString, MutatorsWorkAloneAndLeaveCopiesAlone)
         // Only ASCII letters change case.
         {"aZ\xc9\xe9", MUTATE(s.LowerCase()), "az\xc9\xe9"}, {"aZ\xc9\xe9", MUTATE(s.UpperCase()), "AZ\xc9\xe9"},
         // The operand is the string itself, or points into the buffer that
-        // the operation regrows or overwrites.
+        // the operation writes.
         {"abc", MUTATE(s += s), "abcabc"}, {"12345678", MUTATE(s += s.Data()), "1234567812345678"},
         {"12345678", MUTATE(s = s.Data() + 4), "5678"},
     };
