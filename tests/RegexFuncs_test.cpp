@@ -17,26 +17,10 @@
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-namespace {
-
-SStringList ListOf(std::initializer_list<std::string> items)
-{
-    SStringList l;
-    l.Reset();
-    for (const std::string& item : items)
-        l.Push(item.c_str());
-    return l;
-}
-
-}  // namespace
-
 TEST(RegexFuncs, MatchAndSubstitute)
 {
-    SString s("user@Example.ORG");
-    EXPECT_EQ(Joined(s.M("(\\w+)@(\\w+)")), "user@Example|user|Example");
-    EXPECT_EQ(Joined(s.M(SString("org$"), "i")), "ORG");
-    EXPECT_EQ(Joined(s.M(SPerlRegex(SString("\\.(\\w+)")))), ".ORG|ORG");
-    EXPECT_EQ(Joined(s.M(static_cast<const char*>(0))), "-");
+    // A text pattern is translated and compiled with the flags.
+    EXPECT_EQ(Joined(SString("user@Example.ORG").M("(\\w+)\\.(org)$", "i")), "Example.ORG|Example|ORG");
 
     const char* rows[][6] = {
         // subject, pattern, replacement, flags, the subject afterwards, returned
@@ -49,11 +33,6 @@ TEST(RegexFuncs, MatchAndSubstitute)
         EXPECT_EQ(Joined(subject.S(r[1], SString(r[2]), r[3])), r[5]) << r[0] << " " << r[2];
         EXPECT_EQ(Str(subject), r[4]);
     }
-    SString undefined, compiled("aXbX");
-    undefined.S(SString(""), SString("-"));
-    EXPECT_EQ(Str(undefined), "-");
-    EXPECT_EQ(Joined(compiled.S(SRegex(SString("X")), SString("$&$&"), "g")), "X");
-    EXPECT_EQ(Str(compiled), "aXXbXX");
 }
 
 TEST(RegexFuncs, Split)
@@ -65,12 +44,8 @@ TEST(RegexFuncs, Split)
         {"abxc", "x*", 0, "a|b|c"},   {"", ",", 0, "-"},          {"abcd", "", 2, "a|bcd"},
         {"abc", 0, 0, "a|b|c"},
     };
-    for (const auto& [subject, separator, limit, fields] : rows) {
+    for (const auto& [subject, separator, limit, fields] : rows)
         EXPECT_EQ(Joined(SString(subject).Split(separator, limit)), fields) << subject;
-        if (separator && *separator) {
-            EXPECT_EQ(Joined(SString(subject).Split(SString(separator), limit)), fields) << subject;
-        }
-    }
     const std::tuple<const char*, char, int, const char*> chars[] = {
         {"  a b ", ' ', 0, "a|b"}, {"a \t\r\nb", ' ', 0, "a|b"}, {"   ", ' ', 0, ""},
         {" a b c", ' ', 2, "a|b c"}, {"a.b", '.', 0, "a|b"},     {"a|b\\c", '|', 0, "a|b\\c"},
@@ -84,6 +59,7 @@ TEST(RegexFuncs, Split)
 
 TEST(RegexFuncs, GrepByTestExpression)
 {
+    const char* items[] = {"#x", "a", "#y", "ba", 0};
     const char* rows[][4] = {
         // test, passed, rest, the list afterwards (if edited)
         {"/^#/", "#x|#y", "a|ba", ""}, {"!/^#/", "a|ba", "#x|#y", ""}, {"!! m#^\\##", "#x|#y", "a|ba", ""},
@@ -91,17 +67,19 @@ TEST(RegexFuncs, GrepByTestExpression)
         {"!s,^#,%,", "a|ba", "%x|%y", "%x|a|%y|ba"}, {"s/\\/|#/<$&>/", "<#>x|<#>y", "a|ba", "<#>x|a|<#>y|ba"},
     };
     for (const auto& r : rows) {
-        SStringList l = ListOf({"#x", "a", "#y", "ba"}), copy = l, rest;
+        SStringList l(items), copy = l, rest;
         EXPECT_EQ(Joined(l.Grep(SString(r[0]), &rest)), r[1]) << r[0];
         EXPECT_EQ(Joined(rest), r[2]) << r[0];
         EXPECT_EQ(Joined(l), *r[3] ? r[3] : "#x|a|#y|ba") << r[0];
         EXPECT_EQ(Joined(copy), "#x|a|#y|ba") << r[0];
     }
-    SStringList l = ListOf({"#x", "a", "#y", "b"}), same = ListOf({"a", "b"}), rest("x");
+    const char* none[] = {0};
+    SStringList l(items), same("a"), rest("x");
     SRegex hash{SString("^#")};
-    EXPECT_EQ(Joined(l.Grep(hash)) + " " + Joined(l.Grep(hash, 0)), "#x|#y a|b");
+    EXPECT_EQ(Joined(l.Grep(hash)) + " " + Joined(l.Grep(hash, 0)), "#x|#y a|ba");
     EXPECT_FALSE(SStringList().Grep(hash).Defined() || l.Grep(SRegex()).Defined());
-    EXPECT_TRUE(ListOf({}).Grep(hash, 0).Defined());
+    EXPECT_TRUE(SStringList(none).Grep(hash, 0).Defined());
+    same.Push("b");
     EXPECT_EQ(Joined(same.Grep(SString("/a/"), &same)), "a");
     EXPECT_EQ(Joined(same), "b");
     EXPECT_FALSE(SStringList().Grep(SString("/a/"), &rest).Defined());
@@ -125,22 +103,23 @@ TEST(RegexFuncs, GrepByTestExpression)
     }
 }
 
+// Each letter reaches its own predicate: the three paths tell them apart
+// (but for -e and -r, which only an unreadable file could).
 TEST(RegexFuncs, GrepFileTests)
 {
     char base[] = "/tmp/tw-grep-XXXXXX";
     ASSERT_TRUE(mkdtemp(base));
-    const std::string dir = base, plain = dir + "/plain", script = dir + "/script", link = dir + "/link";
-    const std::string missing = dir + "/missing", all = dir + "|" + plain + "|" + script + "|" + link;
+    const std::string dir = base, plain = dir + "/plain", script = dir + "/script", missing = dir + "/missing";
     std::ofstream(plain) << "x";
     std::ofstream(script) << "#!/bin/sh\n";
     chmod(plain.c_str(), 0400);
     chmod(script.c_str(), 0700);
-    ASSERT_EQ(symlink(plain.c_str(), link.c_str()), 0);
+    const std::string all = dir + "|" + plain + "|" + script;
     const std::string rows[][2] = {
         {"-d", dir}, {"-e", all}, {"-f", plain + "|" + script}, {"-x", dir + "|" + script}, {"-r", all},
         {"!-e", missing}, {"-w", geteuid() == 0 ? all : dir + "|" + script},
     };
-    const SStringList paths = ListOf({dir, plain, script, link, missing});
+    const char* paths[] = {dir.c_str(), plain.c_str(), script.c_str(), missing.c_str(), 0};
     for (const auto& r : rows)
         EXPECT_EQ(Joined(SStringList(paths).Grep(SString(r[0].c_str()))), r[1]) << r[0];
     std::filesystem::remove_all(dir);
