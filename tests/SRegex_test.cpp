@@ -126,7 +126,7 @@ TEST(SRegex, AttConformance)
               << " known differences" << std::endl;
 }
 
-TEST(PerlRegexConv, TranslatesOrPrintsTheError)
+TEST(SPerlRegex, TranslatesOrPrintsTheError)
 {
     const std::string ws = " \f\n\r\t\v";
     const std::string rows[][2] = {
@@ -152,6 +152,17 @@ TEST(PerlRegexConv, TranslatesOrPrintsTheError)
     EXPECT_EQ(Stderr([] { RegexError(RegexClassInRange, SString("[\\W]")); }),
               "Regular expression error -- compile aborted.  Reason:\n\tSpecial characters not allowed in a range "
               "(\\D, \\S, or \\W)\n\tThe erroneous expression is '[\\\\W]'.\n");
+
+    // SPerlRegex: after a failed translation the old pattern stays in force.
+    SPerlRegex re(SString("(\\d+)\\s*(\\w+)"));
+    EXPECT_NE(Stderr([&] { re.Set(SString("(x")); }), "");
+    EXPECT_EQ(Str(re.Perl()) + "|" + Str(re.Regular()), "(x|");
+    EXPECT_EQ(Joined(re.Match(SString("x 42  kg"))), "42  kg|42|kg");
+    re.Set(SString("U"), "i");
+    EXPECT_EQ(Joined(re.Match(SString("7 up"))), "u");
+
+    // The constructor compiles even a failed translation, which then matches nothing.
+    EXPECT_NE(Stderr([] { EXPECT_GT(SPerlRegex(SString("[\\S]")).Status(), 0); }), "");
 }
 
 // Found items, then the offsets of each and of the entry after them (the table
@@ -181,24 +192,20 @@ TEST(SRegex, Match)
     }
     EXPECT_EQ(SRegex().MatchInfo(0), std::make_pair(-1, -1));
 
+    // Why a pattern did not compile; Set recovers.  The NUL byte must not end the pattern.
+    SRegex empty{SString("")}, bad{Bytes(std::string("a\0(", 3))};
+    EXPECT_EQ(Stderr([&] { empty.Debug(); }),
+              "SRegex didn't compile because of the following reason:\nempty regular expression\n");
+    EXPECT_EQ(bad.Status(), REG_EPAREN);
+    bad.Set(SString("a+"));
+    EXPECT_EQ(Joined(bad.Match(SString("aa"))), "aa");
+
     // A program in a multi-byte locale still matches bytes.
     std::string old = setlocale(LC_ALL, 0);
     if (setlocale(LC_ALL, "C.UTF-8")) {
         EXPECT_EQ(SRegex(SString("^.$")).Match(SString("\xff")).Count(), 1);
         setlocale(LC_ALL, old.c_str());
     }
-}
-
-// The status and reason of a pattern that did not compile; Set recovers.
-TEST(SRegex, FailedCompile)
-{
-    SRegex empty{SString("")}, bad{Bytes(std::string("a\0(", 3))};  // the NUL byte must not end the pattern
-    EXPECT_EQ(empty.Status(), SRegex::EmptyPattern);
-    EXPECT_EQ(Stderr([&] { empty.Debug(); }),
-              "SRegex didn't compile because of the following reason:\nempty regular expression\n");
-    EXPECT_EQ(bad.Status(), REG_EPAREN);
-    bad.Set(SString("a+"));
-    EXPECT_EQ(Joined(bad.Match(SString("aa"))), "aa");
 }
 
 TEST(SRegex, SubstAndTemplates)
@@ -223,18 +230,4 @@ TEST(SRegex, SubstAndTemplates)
         EXPECT_EQ(Str(target) + " " + Joined(last), result + " " + returned) << tmpl;
         EXPECT_EQ(Str(shared), subject);
     }
-}
-
-// After a failed translation the old pattern stays in force.
-TEST(SPerlRegex, TranslatesAndKeepsOldPatternAfterFailure)
-{
-    SPerlRegex re(SString("(\\d+)\\s*(\\w+)"));
-    EXPECT_NE(Stderr([&] { re.Set(SString("(x")); }), "");
-    EXPECT_EQ(Str(re.Perl()) + "|" + Str(re.Regular()), "(x|");
-    EXPECT_EQ(Joined(re.Match(SString("x 42  kg"))), "42  kg|42|kg");
-    re.Set(SString("U"), "i");
-    EXPECT_EQ(Joined(re.Match(SString("7 up"))), "u");
-
-    // The constructor compiles even a failed translation, which then matches nothing.
-    EXPECT_NE(Stderr([] { EXPECT_GT(SPerlRegex(SString("[\\S]")).Status(), 0); }), "");
 }
