@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "spool_fixture.h"
@@ -12,19 +13,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-class Spool : public SpoolTest {};
+using Spool = SpoolTest;
 
 TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
 {
-    SControl control;
+    // Header paths are always under the messages directory, even a full one.
     SHeader header;
-    auto stored = [](SMessage& file, const char* given) {
-        file.PutFilename(given);
-        return file.SMessage::GetFilename() + " " + file.GetFilename();
-    };
-    EXPECT_EQ(root + "/control/abc-Control abc", stored(control, "abc"));
-    EXPECT_EQ(SString("/tmp/x-Control x"), stored(control, "/tmp/x-Control"));
-    EXPECT_EQ(root + "/messages//a/b-Header b", stored(header, "/a/b"));
+    header.PutFilename("/a/b");
+    EXPECT_EQ(root + "/messages//a/b-Header b", header.SMessage::GetFilename() + " " + header.GetFilename());
 
     SControl unnamed;
     unnamed["Trace:"].Push("smtp");
@@ -36,8 +32,6 @@ TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
     ASSERT_TRUE(unnamed.Write("m1") && unnamed.Write());
     SString old = Text("control/m1-Control");
     EXPECT_EQ(SString("Function: Deliver\nTrace: smtp\nTrace: relay\nTrace: relay\nTrace: relay\n"), old);
-    ASSERT_EQ(1, control.Read("m1"));
-    EXPECT_EQ(SString("Function: Trace:"), control.Keys().Join(" "));
 
     // A stale ".temp" stops the write and is cleared; a rename onto a
     // directory fails and takes its ".temp" with it.
@@ -114,42 +108,38 @@ TEST_F(Spool, NotifySendsTheNoticeToTheDispatchPort)
     full["Priority:"] = SStringList("2");
     full.PutFilename("m1");
     bare.PutFilename("/elsewhere/m2-Control");
-    struct Row {
-        SControl* control;
-        const char* setting;  // null: unset
-        const char* notice;   // null: nothing is sent
-    } rows[] = {
+    // control, "DispatchSocket" (null: unset), the notice (null: none is sent)
+    const std::tuple<SControl*, const char*, const char*> rows[] = {
         {&full, port.c_str(), "m1\nDeliver\nMessage\n2"}, {&bare, fraction.c_str(), "m2\n\n\n"},
         {&full, nullptr, nullptr}, {&full, "0", nullptr}, {&full, "65537", nullptr},
     };
-    for (const Row& row : rows) {
-        row.setting ? setenv("DispatchSocket", row.setting, 1) : unsetenv("DispatchSocket");
-        EXPECT_EQ(row.notice != nullptr, row.control->Notify()) << row.setting;
-        EXPECT_EQ(row.notice ? row.notice : "none", dispatcher.Next(row.notice ? 1000 : 50));
+    for (auto [control, setting, notice] : rows) {
+        setting ? setenv("DispatchSocket", setting, 1) : unsetenv("DispatchSocket");
+        EXPECT_EQ(notice != nullptr, control->Notify()) << setting;
+        EXPECT_EQ(notice ? notice : "none", dispatcher.Next(notice ? 1000 : 50));
     }
 }
 
+using Requests = SpoolTest;
+
 // A child process plays the dispatcher and the answering module: it takes
 // the notice, reads the request it names and hands it to answer().
-class Requests : public SpoolTest {
-protected:
-    pid_t Serve(std::function<int(SRequest&)> answer)
-    {
-        return Spawn([this, answer] {
-            std::string notice = dispatcher.Next(5000);
-            setenv("ModuleName", "resolver", 1);
-            SControl control;
-            if (!control.Read(notice.substr(0, notice.find('\n')).c_str()))
-                return 10;
-            SRequest request(control);
-            return notice.find("\nLookup\nRequest\n3") == std::string::npos ? 11 : answer(request);
-        });
-    }
-};
+pid_t Serve(Receiver& dispatcher, std::function<int(SRequest&)> answer)
+{
+    return Spawn([&dispatcher, answer] {
+        std::string notice = dispatcher.Next(5000);
+        setenv("ModuleName", "resolver", 1);
+        SControl control;
+        if (!control.Read(notice.substr(0, notice.find('\n')).c_str()))
+            return 10;
+        SRequest request(control);
+        return notice.find("\nLookup\nRequest\n3") == std::string::npos ? 11 : answer(request);
+    });
+}
 
 TEST_F(Requests, AskAndAnswerRoundTrip)
 {
-    pid_t child = Serve([](SRequest& request) {
+    pid_t child = Serve(dispatcher, [](SRequest& request) {
         request["Answer:"] = request.Get("Question:");
         return request.Answer() ? 0 : 12;
     });
@@ -173,7 +163,7 @@ TEST_F(Requests, FailedAsksAndAnswersLeaveNothingBehind)
     EXPECT_NE(std::string::npos, dispatcher.Next(100).find("\nLookup\nRequest\n3"));
     EXPECT_EQ(SString(""), Names("control"));
 
-    pid_t child = Serve([](SRequest& request) {
+    pid_t child = Serve(dispatcher, [](SRequest& request) {
         Receiver sender;
         sockaddr_in to = Receiver::To(atoi(request.Get("Return-Path:").Get(0).Data()));
         return sendto(sender.fd, "00", 2, 0, reinterpret_cast<sockaddr*>(&to), sizeof to) == 2 ? 0 : 12;

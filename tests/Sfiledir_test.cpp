@@ -11,11 +11,9 @@
 
 namespace {
 
-// The private root of SpoolTest; it already holds "control" and "messages".
-class FileDir : public SpoolTest {
-protected:
-    SString P(const char* name) const { return root + "/" + name; }
-};
+// The private root of the spool tests, which already holds "control" and
+// "messages", serves as the scratch directory.
+using FileDir = SpoolTest;
 
 TEST_F(FileDir, FileTestsAndRemovalSpareDirectories)
 {
@@ -54,9 +52,7 @@ TEST_F(FileDir, MakeDirAndReadDir)
     ASSERT_EQ(MapFileWrite(P("plain"), ""), 1);
     EXPECT_EQ(MakeDir(P("plain/sub"), 0770) + MakeDir("", 0770), 0);
 
-    std::string dir = Str(root);
-    EXPECT_EQ(Str(ReadDir(root + "//a//").Join("|")), dir + "/a/b");
-    EXPECT_EQ(Str(BaseName(ReadDir(root)).Sort().Join("|")), "a|control|messages|plain|x");
+    EXPECT_EQ(Str(ReadDir(root + "//a//").Join("|")), Str(P("a/b")));
     EXPECT_TRUE(ReadDir(P("a/b/c")).Defined() && ReadDir(P("a/b/c")).Count() == 0);
     EXPECT_FALSE(ReadDir(P("missing")).Defined() || ReadDir("").Defined());
 }
@@ -92,7 +88,6 @@ TEST_F(FileDir, LocksAcrossProcesses)
     EXPECT_EQ(UnlockFile(held), 1);
     EXPECT_EQ(Status(child), 3);
     EXPECT_EQ(CloseFile(held), 1);
-    EXPECT_EQ(CloseFile(held), 0);
 }
 
 }  // namespace

@@ -67,10 +67,11 @@ protected:
     }
     void TearDown() override { std::filesystem::remove_all(root.Data()); }
 
-    // The names in root + "/" + dir, sorted, joined by blanks.
-    SString Names(const char* dir) { return BaseName(ReadDir(root + "/" + dir)).Sort().Join(" "); }
-    SString Text(const SString& path) { return MapFileRead(root + "/" + path); }
-    void Touch(const SString& path) { MapFileWrite(root + "/" + path, "x"); }
+    // root + "/" + name; the names in that directory, sorted, joined by blanks.
+    SString P(const SString& name) const { return root + "/" + name; }
+    SString Names(const char* dir) { return BaseName(ReadDir(P(dir))).Sort().Join(" "); }
+    SString Text(const SString& path) { return MapFileRead(P(path)); }
+    void Touch(const SString& path) { MapFileWrite(P(path), "x"); }
 
     SString root;
     Receiver dispatcher;
