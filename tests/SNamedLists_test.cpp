@@ -40,14 +40,13 @@ SNamedStringList Build(const Map& contents, int crlf)
     return m;
 }
 
-SNamedStringList Parse(const std::string& text, int crlf)
+Map Read(const std::string& text, int crlf)
 {
     SNamedStringList m = Build({}, crlf);
     Bytes(text) >> m;
-    return m;
+    return Contents(m);
 }
 
-Map Read(const std::string& text, int crlf) { return Contents(Parse(text, crlf)); }
 std::string Write(const SNamedStringList& m, SString out = SString()) { return Str(out << m); }
 
 // What the generated round trips below never make: keys without values,
@@ -177,8 +176,7 @@ TEST(SNamedValue, SIndexString)
     v.SetCaseSensitive(0);
     SNamedValue copy(v);
     EXPECT_EQ(std::make_pair(copy.Get("K11"), copy.Get("X")), std::make_pair(110, -1));
-    EXPECT_EQ(copy.Keys().Count(), 10);
-    EXPECT_EQ(copy.Keys().Get(0), "k1");
+    EXPECT_EQ(Joined(copy.Keys()), "k1|k2|k3|k4|k6|k7|k8|k9|k10|k11");
 
     SIndexString m;
     EXPECT_FALSE(m[3].Defined());
@@ -187,7 +185,6 @@ TEST(SNamedValue, SIndexString)
     m[11] = "";
     m.Delete(10);
     m.Delete(99);
-    EXPECT_FALSE(m.Get(10).Defined());
     int* numbers = nullptr;
     EXPECT_EQ(SIndexString(m).Keys(&numbers), 10);  // 3 and 11 hold no text
     EXPECT_EQ(std::make_pair(numbers[0], numbers[9]), std::make_pair(12, 21));
