@@ -47,8 +47,7 @@ TEST_F(Reports, NewReportIdsCountPerFunction)
 TEST_F(Reports, ReportsGoToTheSpoolOrToStderr)
 {
     SControl control, handled;
-    control["Function:"] = SStringList("Deliver");
-    control["Control-Type:"] = SStringList("Message");
+    SString("Function: Deliver\nControl-Type: Message\n") >> control;
     control.PutFilename("m1");
     SStringList lines("line 1");
     lines.Push("line 2");
