@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 
 using Spool = SpoolTest;
 
-TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
+TEST_F(Spool, NamesTraceAndFailedWrites)
 {
     // Header paths are always under the messages directory, even a full one.
     SHeader header;
@@ -36,7 +36,7 @@ TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
     // directory fails and takes its ".temp" with it.
     Touch("control/m1-Control.temp");
     EXPECT_EQ(0, unnamed.Write());
-    MakeDir(root + "/control/dir-Control", 0700);
+    MakeDir(P("control/dir-Control"), 0700);
     EXPECT_EQ(0, unnamed.Write("dir"));
     EXPECT_EQ(old, Text("control/m1-Control"));
     EXPECT_EQ(SString("dir-Control m1-Control"), Names("control"));
