@@ -66,7 +66,6 @@ TEST(SNamedStringList, TextFormEdges)
     };
     for (const auto& r : rows)
         EXPECT_EQ(Read(r.first, 0), r.second) << r.first;
-    EXPECT_EQ(Read("A x\r\nnoblank\r\n\r\n", 1), (Map{{"A", {"x", "noblank", ""}}}));
 
     // Reading resets the map but keeps its flags.
     SNamedStringList m;
