@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "spool_fixture.h"
@@ -12,23 +13,17 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-class Spool : public SpoolTest {};
+using Spool = SpoolTest;
 
-TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
+TEST_F(Spool, NamesTraceAndFailedWrites)
 {
-    SControl control;
+    // Header paths are always under the messages directory, even a full one.
     SHeader header;
-    auto stored = [](SMessage& file, const char* given) {
-        file.PutFilename(given);
-        return file.SMessage::GetFilename() + " " + file.GetFilename();
-    };
-    EXPECT_EQ(root + "/control/abc-Control abc", stored(control, "abc"));
-    EXPECT_EQ(SString("/tmp/x-Control x"), stored(control, "/tmp/x-Control"));
-    EXPECT_EQ(root + "/messages//a/b-Header b", stored(header, "/a/b"));
+    header.PutFilename("/a/b");
+    EXPECT_EQ(root + "/messages//a/b-Header b", header.SMessage::GetFilename() + " " + header.GetFilename());
 
     SControl unnamed;
-    unnamed["Trace:"].Push("smtp");
-    unnamed["Function:"].Push("Deliver");
+    SString("Trace: smtp\nFunction: Deliver\n") >> unnamed;
     EXPECT_TRUE(!unnamed.Write() && unnamed.ErrorCode() == SMessage::ErrNoFilename);
     EXPECT_TRUE(!unnamed.Read("missing") && unnamed.ErrorCode() == 0);
     // Every write adds a trace entry and moves the key last, the failed one
@@ -36,20 +31,15 @@ TEST_F(Spool, NamesTraceReadBackAndFailedWrites)
     ASSERT_TRUE(unnamed.Write("m1") && unnamed.Write());
     SString old = Text("control/m1-Control");
     EXPECT_EQ(SString("Function: Deliver\nTrace: smtp\nTrace: relay\nTrace: relay\nTrace: relay\n"), old);
-    ASSERT_EQ(1, control.Read("m1"));
-    EXPECT_EQ(SString("Function: Trace:"), control.Keys().Join(" "));
-    MapFileWrite(root + "/control/empty-Control", "");
-    EXPECT_EQ(1, control.Read("empty"));
-    EXPECT_FALSE(control.Keys().Defined());
 
     // A stale ".temp" stops the write and is cleared; a rename onto a
     // directory fails and takes its ".temp" with it.
     Touch("control/m1-Control.temp");
     EXPECT_EQ(0, unnamed.Write());
-    MakeDir(root + "/control/dir-Control", 0700);
+    MakeDir(P("control/dir-Control"), 0700);
     EXPECT_EQ(0, unnamed.Write("dir"));
     EXPECT_EQ(old, Text("control/m1-Control"));
-    EXPECT_EQ(SString("dir-Control empty-Control m1-Control"), Names("control"));
+    EXPECT_EQ(SString("dir-Control m1-Control"), Names("control"));
 }
 
 TEST_F(Spool, DeferRemoveAndLink)
@@ -85,13 +75,11 @@ TEST_F(Spool, ReplacementIsAtomicUnderConcurrentWritersAndReaders)
             control[SString("Key-") + SString(k) + ":"].Push(SString(round));
         return control.Write("shared");
     };
+    // A torn or mixed file lacks keys or ends with another round than it starts.
     auto readWhole = [] {
         SControl control;
-        SStringList keys = control.Read("shared") ? control.Keys() : SStringList();
-        int same = 0;
-        for (int k = 0; k < 20; k++)
-            same += control.Get(keys.Get(k)).Join() == control.Get("Key-0:").Get(0);
-        return keys.Count() == 21 && same == 20;
+        return control.Read("shared") && control.Keys().Count() == 21 &&
+               control.Get("Key-19:").Join() == control.Get("Key-0:").Join();
     };
     ASSERT_EQ(1, write(0));
     Clock::time_point until = Clock::now() + std::chrono::milliseconds(700);
@@ -110,58 +98,43 @@ TEST_F(Spool, ReplacementIsAtomicUnderConcurrentWritersAndReaders)
 
 TEST_F(Spool, NotifySendsTheNoticeToTheDispatchPort)
 {
-    Receiver dispatcher;
     std::string port = std::to_string(dispatcher.port), fraction = port + ".9";
     SControl full, bare;
-    full["Function:"] = SStringList("Deliver");
-    full["Function:"].Push("ignored");
-    full["Control-Type:"] = SStringList("Message");
-    full["Priority:"] = SStringList("2");
+    SString("Function: Deliver\nControl-Type: Message\nPriority: 2\n") >> full;
     full.PutFilename("m1");
     bare.PutFilename("/elsewhere/m2-Control");
-    struct Row {
-        SControl* control;
-        const char* setting;  // null: unset
-        const char* notice;   // null: nothing is sent
-    } rows[] = {
+    // control, "DispatchSocket" (null: unset), the notice (null: none is sent)
+    const std::tuple<SControl*, const char*, const char*> rows[] = {
         {&full, port.c_str(), "m1\nDeliver\nMessage\n2"}, {&bare, fraction.c_str(), "m2\n\n\n"},
-        {&full, nullptr, nullptr}, {&full, "0", nullptr}, {&full, "-7", nullptr},
-        {&full, "65536", nullptr}, {&full, "65537", nullptr},
+        {&full, nullptr, nullptr}, {&full, "0", nullptr}, {&full, "65537", nullptr},
     };
-    for (const Row& row : rows) {
-        row.setting ? setenv("DispatchSocket", row.setting, 1) : unsetenv("DispatchSocket");
-        EXPECT_EQ(row.notice != nullptr, row.control->Notify()) << row.setting;
-        EXPECT_EQ(row.notice ? row.notice : "none", dispatcher.Next(row.notice ? 1000 : 50));
+    for (auto [control, setting, notice] : rows) {
+        setting ? setenv("DispatchSocket", setting, 1) : unsetenv("DispatchSocket");
+        EXPECT_EQ(notice != nullptr, control->Notify()) << setting;
+        EXPECT_EQ(notice ? notice : "none", dispatcher.Next(notice ? 1000 : 50));
     }
 }
 
+using Requests = SpoolTest;
+
 // A child process plays the dispatcher and the answering module: it takes
 // the notice, reads the request it names and hands it to answer().
-class Requests : public SpoolTest {
-protected:
-    void SetUp() override
-    {
-        SpoolTest::SetUp();
-        setenv("DispatchSocket", std::to_string(dispatcher.port).c_str(), 1);
-    }
-    pid_t Serve(std::function<int(SRequest&)> answer)
-    {
-        return Spawn([this, answer] {
-            std::string notice = dispatcher.Next(5000);
-            setenv("ModuleName", "resolver", 1);
-            SControl control;
-            if (!control.Read(notice.substr(0, notice.find('\n')).c_str()))
-                return 10;
-            SRequest request(control);
-            return notice.find("\nLookup\nRequest\n3") == std::string::npos ? 11 : answer(request);
-        });
-    }
-    Receiver dispatcher;
-};
+pid_t Serve(Receiver& dispatcher, std::function<int(SRequest&)> answer)
+{
+    return Spawn([&dispatcher, answer] {
+        std::string notice = dispatcher.Next(5000);
+        setenv("ModuleName", "resolver", 1);
+        SControl control;
+        if (!control.Read(notice.substr(0, notice.find('\n')).c_str()))
+            return 10;
+        SRequest request(control);
+        return notice.find("\nLookup\nRequest\n3") == std::string::npos ? 11 : answer(request);
+    });
+}
 
 TEST_F(Requests, AskAndAnswerRoundTrip)
 {
-    pid_t child = Serve([](SRequest& request) {
+    pid_t child = Serve(dispatcher, [](SRequest& request) {
         request["Answer:"] = request.Get("Question:");
         return request.Answer() ? 0 : 12;
     });
@@ -185,7 +158,7 @@ TEST_F(Requests, FailedAsksAndAnswersLeaveNothingBehind)
     EXPECT_NE(std::string::npos, dispatcher.Next(100).find("\nLookup\nRequest\n3"));
     EXPECT_EQ(SString(""), Names("control"));
 
-    pid_t child = Serve([](SRequest& request) {
+    pid_t child = Serve(dispatcher, [](SRequest& request) {
         Receiver sender;
         sockaddr_in to = Receiver::To(atoi(request.Get("Return-Path:").Get(0).Data()));
         return sendto(sender.fd, "00", 2, 0, reinterpret_cast<sockaddr*>(&to), sizeof to) == 2 ? 0 : 12;

@@ -1,4 +1,4 @@
-// Shared by the spool and error-report tests: a private spool root, a UDP
+// Shared by the spool, error-report and file tests: a private root, a UDP
 // receiver on 127.0.0.1, child processes, and file helpers.
 #ifndef TARNWICK_TESTS_SPOOL_FIXTURE_H
 #define TARNWICK_TESTS_SPOOL_FIXTURE_H
@@ -17,30 +17,6 @@
 
 #include "SMessage.h"
 #include "Sfiledir.h"
-
-// A root with empty "control" and "messages" directories, module "relay".
-class SpoolTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        char pattern[] = "/tmp/spool-test-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        root = pattern;
-        MakeDir(root + "/control", 0700);
-        MakeDir(root + "/messages", 0700);
-        setenv("Tarnwick", root.Data(), 1);
-        setenv("ModuleName", "relay", 1);
-        unsetenv("DispatchSocket");
-    }
-    void TearDown() override { std::filesystem::remove_all(root.Data()); }
-
-    // The names in root + "/" + dir, sorted, joined by blanks.
-    SString Names(const char* dir) { return BaseName(ReadDir(root + "/" + dir)).Sort().Join(" "); }
-    SString Text(const SString& path) { return MapFileRead(root + "/" + path); }
-    void Touch(const SString& path) { MapFileWrite(root + "/" + path, "x"); }
-
-    SString root;
-};
 
 // A datagram socket on 127.0.0.1 at a port the system picks.
 struct Receiver {
@@ -72,6 +48,33 @@ struct Receiver {
 
     int fd = socket(AF_INET, SOCK_DGRAM, 0);
     int port = 0;
+};
+
+// A root with empty "control" and "messages" directories, module "relay",
+// and a dispatcher listening on the port in "DispatchSocket".
+class SpoolTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/spool-test-XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        root = pattern;
+        MakeDir(root + "/control", 0700);
+        MakeDir(root + "/messages", 0700);
+        setenv("Tarnwick", root.Data(), 1);
+        setenv("ModuleName", "relay", 1);
+        setenv("DispatchSocket", std::to_string(dispatcher.port).c_str(), 1);
+    }
+    void TearDown() override { std::filesystem::remove_all(root.Data()); }
+
+    // root + "/" + name; the names in that directory, sorted, joined by blanks.
+    SString P(const SString& name) const { return root + "/" + name; }
+    SString Names(const char* dir) { return BaseName(ReadDir(P(dir))).Sort().Join(" "); }
+    SString Text(const SString& path) { return MapFileRead(P(path)); }
+    void Touch(const SString& path) { MapFileWrite(P(path), "x"); }
+
+    SString root;
+    Receiver dispatcher;
 };
 
 // Runs body in a child process; Status waits for its exit code (-1 when it
