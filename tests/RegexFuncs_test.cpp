@@ -5,6 +5,12 @@
 
 #include "text_helpers.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <tuple>
 
@@ -83,4 +89,27 @@ TEST(RegexFuncs, GrepByTestExpression)
         EXPECT_EQ(testing::internal::GetCapturedStderr().substr(0, diagnostic.size()), diagnostic) << test;
         EXPECT_TRUE(passed.Count() == 0 && passed.Defined() == defined) << test;
     }
+}
+
+TEST(RegexFuncs, GrepFileTests)
+{
+    char base[] = "/tmp/tw-grep-XXXXXX";
+    ASSERT_TRUE(mkdtemp(base));
+    const std::string dir = base, plain = dir + "/plain", script = dir + "/script", link = dir + "/link";
+    const std::string missing = dir + "/missing", all = dir + "|" + plain + "|" + script + "|" + link;
+    std::ofstream(plain) << "x";
+    std::ofstream(script) << "#!/bin/sh\n";
+    chmod(plain.c_str(), 0400);
+    chmod(script.c_str(), 0700);
+    ASSERT_EQ(symlink(plain.c_str(), link.c_str()), 0);
+    const std::string rows[][2] = {
+        {"-d", dir}, {"-e", all}, {"-f", plain + "|" + script}, {"-x", dir + "|" + script}, {"-r", all},
+        {"!-e", missing}, {"-w", geteuid() == 0 ? all : dir + "|" + script},
+    };
+    SStringList paths;
+    for (const std::string& path : {dir, plain, script, link, missing})
+        paths.Push(path.c_str());
+    for (const auto& r : rows)
+        EXPECT_EQ(Joined(SStringList(paths).Grep(SString(r[0].c_str()))), r[1]) << r[0];
+    std::filesystem::remove_all(dir);
 }

@@ -23,7 +23,8 @@ double Since(Clock::time_point start) { return std::chrono::duration<double>(Clo
 int Unread(int fd)
 {
     int n = 0;
-    return ioctl(fd, FIONREAD, &n), n;
+    ioctl(fd, FIONREAD, &n);
+    return n;
 }
 
 // A socket over a fresh connection, showing its insides and counting its
@@ -58,15 +59,21 @@ struct Conn : SSocketPlus {
         if (lf)
             SetEolLF();
     }
-    ~Conn() override { close(_readFd), close(peer); }
+    ~Conn() override
+    {
+        close(_readFd);
+        close(peer);
+    }
     int SelectRead() override
     {
         ++selectReads;
         if (!feed.empty() && Unread(_readFd) == 0) {
             EXPECT_EQ(write(peer, feed[0].data(), feed[0].size()), ssize_t(feed[0].size()));
             feed.erase(feed.begin());
-            if (feed.empty() && shutdown(peer, SHUT_WR) != 0)
-                close(peer), peer = -1;
+            if (feed.empty() && shutdown(peer, SHUT_WR) != 0) {
+                close(peer);
+                peer = -1;
+            }
         }
         return SSocket::SelectRead();
     }
@@ -77,10 +84,15 @@ struct Conn : SSocketPlus {
 int Restarts(int sig)
 {
     struct sigaction now;
-    return sigaction(sig, nullptr, &now), (now.sa_flags & SA_RESTART) != 0;
+    sigaction(sig, nullptr, &now);
+    return (now.sa_flags & SA_RESTART) != 0;
 }
 int alarms = 0, restartWhileWaiting = -1;
-void OnAlarm(int) { ++alarms, restartWhileWaiting = Restarts(SIGALRM); }
+void OnAlarm(int)
+{
+    ++alarms;
+    restartWhileWaiting = Restarts(SIGALRM);
+}
 
 }  // namespace
 
@@ -155,13 +167,15 @@ TEST(SSocket, WritesWaitForAFullBufferAndNeverLoseBytes)
 {
     Conn sock(SocketPair);
     sock.SetWriteTimeout(1e10);  // past what select takes: must be cut down
+    char buf[65536];
+    EXPECT_EQ(sock << std::string(5000, 'f').c_str(), 1);
+    EXPECT_EQ(recv(sock.peer, buf, sizeof buf, MSG_DONTWAIT), 5000) << "past the threshold a write goes at once";
     const char* reply[] = {"250-a\r\n", "250 b\r\n", nullptr};
     EXPECT_EQ(sock << SStringList(reply), 1);
     EXPECT_EQ(sock << std::string(4096 - 15, 'y').c_str(), 1);
     EXPECT_EQ(Unread(sock.peer), 0) << "below the threshold nothing is sent";
     EXPECT_EQ(sock << "z", 1);
     EXPECT_EQ(Unread(sock.peer), 4096);
-    char buf[65536];
     EXPECT_TRUE(recv(sock.peer, buf, 8, MSG_DONTWAIT) == 8 && std::string(buf, 8) == "250-a\r\n2");
 
     // A peer that stops reading makes the writes time out; no byte is lost.
@@ -176,7 +190,8 @@ TEST(SSocket, WritesWaitForAFullBufferAndNeverLoseBytes)
     EXPECT_EQ(sock.Flush(), 1);
     received += recv(sock.peer, buf, sizeof buf, MSG_DONTWAIT);
     EXPECT_EQ(received, written);
-    close(sock.peer), sock.peer = -1;
+    close(sock.peer);
+    sock.peer = -1;
     EXPECT_EQ(sock << std::string(5000, 'l').c_str(), 0) << "a vanished peer fails the send, no SIGPIPE";
 }
 

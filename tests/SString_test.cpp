@@ -135,6 +135,9 @@ TEST(SString, MutatorsWorkAloneAndLeaveCopiesAlone)
         // the operation writes.
         {"abc", MUTATE(s += s), "abcabc"}, {"12345678", MUTATE(s += s.Data()), "1234567812345678"},
         {"12345678", MUTATE(s = s.Data() + 4), "5678"},
+        // The same once the buffer has left its first block, so that growing
+        // it frees the bytes being appended.
+        {"1234567", MUTATE(s += "89abcdefghijklmnopqrs"; s += s.Data()), "123456789abcdefghijklmnopqrs123456789abcdefghijklmnopqrs"},
     };
     for (auto& r : rows) {
         const SString original(r.text);
