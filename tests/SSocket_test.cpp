@@ -9,6 +9,7 @@
 #include <cmath>
 #include <csignal>
 #include <string>
+#include <thread>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -123,6 +124,24 @@ TEST(SSocket, CutsLinesFromOddSegmentsOnEveryKindOfDescriptor)
             EXPECT_TRUE(batch.Count() == 0 && sock.Closed() && !sock.TimedOut());
             EXPECT_EQ(sock.Input(), row.left) << "a pending partial line is kept whole";
         }
+}
+
+TEST(SSocket, ReadsWhatAPeerInAnotherThreadSendsWhileItWaits)
+{
+    Conn sock(Tcp);
+    std::thread peer([&sock] {
+        for (std::string piece : {"HEL", "LO\r", "\nWOR", "LD\r\nEND"}) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            EXPECT_EQ(write(sock.peer, piece.data(), piece.size()), ssize_t(piece.size()));
+        }
+        shutdown(sock.peer, SHUT_WR);
+    });
+    SStringList lines;
+    for (SString line; sock >> line;)
+        lines.Push(line);
+    peer.join();
+    EXPECT_EQ(Joined(lines), "HELLO\r\n|WORLD\r\n");
+    EXPECT_TRUE(sock.Input() == "END" && sock.Closed() && !sock.TimedOut());
 }
 
 TEST(SSocket, TimeOutsAndSignalsEndWaitsUntilCleared)
