@@ -57,6 +57,14 @@ void SetNonBlocking(int fd, int on)
     fcntl(fd, F_SETFL, on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
 }
 
+// Both descriptors, the same one only once.
+void SetNonBlocking(int readFd, int writeFd, int on)
+{
+    SetNonBlocking(readFd, on);
+    if (writeFd != readFd)
+        SetNonBlocking(writeFd, on);
+}
+
 // A copy of data[0, n) whose buffer has room for at least room bytes:
 // pending output grows by many small writes until a buffer's worth is sent,
 // and room made once spares a reallocation on each of them.
@@ -383,20 +391,14 @@ int SSocket::Close()
 
 void SSocket::Block() const
 {
-    if (_closed)
-        return;
-    SetNonBlocking(_readFd, 0);
-    if (_writeFd != _readFd)
-        SetNonBlocking(_writeFd, 0);
+    if (!_closed)
+        SetNonBlocking(_readFd, _writeFd, 0);
 }
 
 void SSocket::Unblock() const
 {
-    if (_closed)
-        return;
-    SetNonBlocking(_readFd, 1);
-    if (_writeFd != _readFd)
-        SetNonBlocking(_writeFd, 1);
+    if (!_closed)
+        SetNonBlocking(_readFd, _writeFd, 1);
 }
 
 void SSocket::SetLingerOption(int onOff, int seconds) const

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <fcntl.h>
 #include <string>
 #include <thread>
 #include <sys/ioctl.h>
@@ -218,6 +219,11 @@ TEST(SSocket, CloseClosesEachDescriptorOnceAndKeepsReceivedLines)
 {
     Conn same(SocketPair, false, {"A\r\nB\r\nC"}), two(Pipe);
     two.Init(two._readFd, two.peer);
+    auto nonBlocking = [](int fd) { return (fcntl(fd, F_GETFL) & O_NONBLOCK) != 0; };
+    two.Unblock();
+    EXPECT_TRUE(nonBlocking(two._readFd) && nonBlocking(two.peer)) << "both descriptors";
+    two.Block();
+    EXPECT_FALSE(nonBlocking(two._readFd) || nonBlocking(two.peer));
     SString line;
     EXPECT_EQ(same >> line, 1);
     EXPECT_EQ(same.Close(), 1) << "closing the one descriptor twice would fail";
