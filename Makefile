@@ -13,12 +13,13 @@ JOBS   ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE  ?= cmake
 STAGE  := $(CURDIR)/build/stage
 
-.PHONY: all setup build demo test test-plain test-asan bench install clean
+.PHONY: all setup setup-test build demo test test-plain test-asan bench install clean
 
 all: build
 
+# Each target installs the Debian packages of its own group only.
 setup:
-	@scripts/setup-debian.sh
+	@scripts/setup-debian.sh build
 
 build: setup
 	@$(CMAKE) -S . -B build/release -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARNWICK_TESTS=OFF >/dev/null
@@ -28,10 +29,14 @@ install: build
 	$(CMAKE) --install build/release --prefix $(PREFIX)
 
 demo: build
+	@scripts/setup-debian.sh demo
 	@$(CMAKE) --install build/release --prefix $(STAGE) >/dev/null
 	@scripts/demo.sh $(STAGE)
 
-test: setup test-plain test-asan
+test: setup-test test-plain test-asan
+
+setup-test:
+	@scripts/setup-debian.sh test
 
 test-plain:
 	@$(CMAKE) -S . -B build/plain -DCMAKE_BUILD_TYPE=Debug >/dev/null
@@ -43,7 +48,8 @@ test-asan:
 	@$(CMAKE) --build build/asan -j $(JOBS)
 	cd build/asan && ctest --output-on-failure -j $(JOBS)
 
-bench: setup
+bench:
+	@scripts/setup-debian.sh bench
 	@$(CMAKE) -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DTARNWICK_TESTS=OFF -DTARNWICK_BENCH=ON >/dev/null
 	@$(CMAKE) --build build/bench -j $(JOBS)
 	@set -e; for b in build/bench/bench/$(BENCH)_bench; do echo "== $$b"; $$b $(BENCH_ARGS); done
