@@ -141,7 +141,7 @@ SStringList ReadDir(const SString& path)
     SString prefix = CollapseSlashes(path + "/");
     while (struct dirent* entry = NextEntry(dir)) {
         if (!IsDotEntry(entry->d_name))
-            list.Push(prefix + entry->d_name);
+            list.Push(prefix + static_cast<const char*>(entry->d_name));
     }
     closedir(dir);
     return list;

@@ -9,7 +9,7 @@
 
 namespace {
 
-const char Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 const int LineChars = 76;
 const unsigned char Pad = 64;    // the value of "=" in the decoding table
 const unsigned char Skip = 127;  // every byte outside the alphabet
@@ -52,7 +52,7 @@ struct DecodeTable {
             value[i] = Skip;
         for (int i = 0; i < 64; i++)
             value[(unsigned char)Alphabet[i]] = i;
-        value['='] = Pad;
+        value[(unsigned char)'='] = Pad;
     }
 };
 

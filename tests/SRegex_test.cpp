@@ -238,7 +238,11 @@ TEST(SRegex, SubstAndTemplates)
     for (const auto& [pattern, subject, tmpl, flags, result, returned, diagnostic] : rows) {
         SString target(subject), shared = target;
         SStringList last;
-        EXPECT_EQ(Stderr([&] { last = SRegex(SString(pattern)).Subst(target, SString(tmpl), flags); }), diagnostic);
+        // Structured bindings cannot be captured before C++20: capture copies.
+        SRegex re{SString(pattern)};
+        SString templ(tmpl);
+        const char* letters = flags;
+        EXPECT_EQ(Stderr([&] { last = re.Subst(target, templ, letters); }), diagnostic);
         EXPECT_EQ(Str(target) + " " + Joined(last), result + " " + returned) << tmpl;
         EXPECT_EQ(Str(shared), subject);
     }
