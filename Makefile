@@ -3,17 +3,21 @@
 #   make test    set up, then the whole suite: plain, and under ASan + UBSan
 #   make bench   set up, build with optimisation, run every benchmark
 #                (BENCH=SString runs one program, BENCH_ARGS passes options)
+#   make fuzz    set up, build the libFuzzer targets with clang and run each
+#                for FUZZ_SECONDS (FUZZ=Name runs one)
 #   make install PREFIX=/some/where
 
 MAKEFLAGS += --no-print-directory
 
 PREFIX ?= /usr/local
 BENCH  ?= *
+FUZZ_SECONDS ?= 60
+FUZZ   ?=
 JOBS   ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE  ?= cmake
 STAGE  := $(CURDIR)/build/stage
 
-.PHONY: all setup setup-test build demo test test-plain test-asan bench install clean
+.PHONY: all setup setup-test build demo test test-plain test-asan bench fuzz fuzz-build install clean
 
 all: build
 
@@ -53,6 +57,15 @@ bench:
 	@$(CMAKE) -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DTARNWICK_TESTS=OFF -DTARNWICK_BENCH=ON >/dev/null
 	@$(CMAKE) --build build/bench -j $(JOBS)
 	@set -e; for b in build/bench/bench/$(BENCH)_bench; do echo "== $$b"; $$b $(BENCH_ARGS); done
+
+fuzz: fuzz-build
+	@scripts/fuzz.sh build/fuzz/fuzz $(FUZZ_SECONDS) $(FUZZ)
+
+fuzz-build:
+	@scripts/setup-debian.sh fuzz
+	@$(CMAKE) -S . -B build/fuzz -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DTARNWICK_TESTS=OFF -DTARNWICK_FUZZ=ON >/dev/null
+	@$(CMAKE) --build build/fuzz -j $(JOBS)
 
 clean:
 	rm -rf build
