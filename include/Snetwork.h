@@ -1,12 +1,14 @@
 // Snetwork: the network functions that sit beside the socket classes.
 //
-// For now this module holds only Select, the interruptible wait that every
-// SSocket wait goes through.  Name resolution (host names, MX lookups) and
-// the access lists that admit peers by address, network or domain will join
-// it here.
+// Select is the interruptible wait that every SSocket wait goes through.
+// GetHostByName and GetHostByAddr resolve names and addresses through the C
+// library's resolver, so /etc/hosts, DNS and whatever else the system's
+// name-service configuration lists are asked, in its order; the account
+// directory and the access lists use them.
 //
-// Failure policy: functions return what the system call they wrap returned,
-// with errno as that call left it; nothing is printed.
+// Failure policy: Select returns what select returned, with errno as it left
+// it.  The resolver functions answer a defined empty list when the lookup
+// fails, whatever the reason; nothing is printed.
 //
 // Process-wide effect: Select rewrites the SA_RESTART flag of seven signal
 // dispositions around every wait (see below).  Like every other module, it is
@@ -15,6 +17,24 @@
 #define TARNWICK_SNETWORK_H
 
 #include <sys/select.h>
+
+#include "SString.h"
+#include "SStringList.h"
+
+// The IPv4 addresses of a host, as dotted quads, in the resolver's order and
+// without repeats.  A dotted quad, also in brackets ("[10.1.2.3]"), is its own
+// answer without a lookup.  A defined empty list when the name does not
+// resolve (an undefined or empty name, a name holding a NUL byte included),
+// and for the numeric shorthands that the C library would read as an address
+// ("127.1", "0x7f.0.0.1"): no host is named so, and an access list must not
+// take such a text for one.
+SStringList GetHostByName(const SString& name);
+
+// The host names of an address: the canonical name first, then its aliases,
+// without repeats.  Takes an IPv4 dotted quad or an IPv6 address, bare or in
+// brackets, and the SMTP literal form "[IPv6:...]".  A defined empty list when
+// the text is no address or the address has no name.
+SStringList GetHostByAddr(const SString& address);
 
 // select(2), made interruptible: before waiting it clears SA_RESTART in the
 // dispositions of SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM and
